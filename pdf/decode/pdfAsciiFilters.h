@@ -1,0 +1,11 @@
+#pragma once
+#include "platform/ivMemStream.h"
+
+class pdfDocument;
+
+// ASCIIHexDecode: pairs of hex digits up to '>'; LF, CR and space are skipped; a lone final
+// digit is dropped. A bad digit reports "Error parsing hexadimal character" and ends the data.
+ivRef<ivMemStream> DecodeASCIIHex(const pdfDocument& doc, ivStream& source);
+// ASCII85Decode: groups of five digits up to "~>", 'z' for four zeros. Data that ends
+// without "~>" reports "Error in decoding ASCII85".
+ivRef<ivMemStream> DecodeASCII85(const pdfDocument& doc, ivStream& source);

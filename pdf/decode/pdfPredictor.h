@@ -1,0 +1,10 @@
+#pragma once
+#include <cstdint>
+
+#include "platform/ivStream.h"
+
+// Undoes the PNG row filters (Predictor >= 10): each row is a tag byte and then
+// Columns x Colors bytes (fewer when 0 < bitsPerComponent < 8). Returns a rewound memory
+// stream with the rows, tag bytes removed.
+ivRef<ivStream> ApplyPNGPredictor(ivRef<ivStream> source, std::uint32_t columns, std::uint32_t colors,
+                                  std::uint32_t bitsPerComponent);

@@ -1,0 +1,46 @@
+#include "pdf/object/pdfDiagnostics.h"
+
+#include <cstdarg>
+#include <cstring>
+
+#include "pdf/object/pdfDocument.h"
+#include "pdf/object/pdfParser.h"
+
+void Report(const pdfDocument& doc, const char* format, ...) {
+    if (!doc.Control()) return;
+    std::va_list args;
+    va_start(args, format);
+    std::string text = ivVFormat(format, args);
+    va_end(args);
+    doc.Control()->AddMessage(std::move(text));
+}
+
+void ReportAt(const pdfDocument& doc, const pdfParser& source, const char* format, ...) {
+    if (!doc.Control()) return;
+    std::va_list args;
+    va_start(args, format);
+    std::string text = ivVFormat(format, args);
+    va_end(args);
+    std::uint32_t pos = 0;
+    if (source.GetPosition(pos)) text += ivFormat(" Stream Position:%d, 0x%xh", static_cast<int>(pos), pos);
+    doc.Control()->AddMessage(std::move(text));
+}
+
+std::string ScopeText(const char* text, const std::string& id) {
+    if (!text) return id;
+    if (!std::strstr(text, "%s")) return std::string(text) + " " + id;
+    return ivFormatOne(text, id);
+}
+
+std::string ivObjIDScope::GetText() const {
+    return ScopeText(m_text, ivFormat("%d %d R", static_cast<int>(m_num), static_cast<int>(m_gen)));
+}
+
+std::string ivObjScope::GetText() const {
+    const XrefEntry* entry = m_record ? m_doc.EntryOfRecord(m_record) : nullptr;
+    std::string id = entry ? ivFormat("%d %d R", static_cast<int>(entry->num), entry->gen) : "Direct Object";
+    std::string text = ScopeText(m_text, id);
+    if (const pdfStream* s = AsStream(m_record))
+        text += ivFormat(". Stream data start: %d (0x%Xh)", static_cast<int>(s->dataPos), s->dataPos);
+    return text;
+}

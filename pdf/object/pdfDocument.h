@@ -1,0 +1,99 @@
+#pragma once
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "pdf/object/pdfObjList.h"
+#include "pdf/object/pdfXref.h"
+#include "platform/ivArena.h"
+#include "platform/ivIOControl.h"
+#include "platform/ivPtrMap.h"
+#include "platform/ivStream.h"
+
+// Index of one object stream: its decoded data and, per object, number and absolute offset.
+struct ObjStmIndex {
+    ivRef<ivStream> data;  // a memory stream with the decoded bytes
+    std::uint32_t first = 0;
+    std::uint32_t n = 0;
+    struct Item {
+        std::uint32_t num;
+        std::uint16_t gen;
+        std::uint32_t offset;
+    };
+    std::vector<Item> items;  // in header order
+    // Positions in `items` sorted by number (then position), for first-match lookups.
+    std::vector<std::uint32_t> byNumber;
+    std::vector<std::uint32_t> offsets;  // every item's offset, ascending
+    const Item* FindFirst(std::uint32_t num) const;
+};
+
+// Everything the object layer knows about one file: the byte source, the arena that owns
+// every record, the cross-reference sections and the bookkeeping of loaded objects.
+class pdfDocument {
+public:
+    pdfDocument(ivRef<ivStream> file, ivIOControl* control);
+    virtual ~pdfDocument();
+    pdfDocument(const pdfDocument&) = delete;
+    pdfDocument& operator=(const pdfDocument&) = delete;
+
+    ivIOControl* Control() const { return m_control; }
+    const ivRef<ivStream>& File() const { return m_file; }
+    std::uint64_t FileSize() const { return m_fileSize; }
+    ivArena& Arena() { return m_arena; }
+    ObjListPool& ListPool() { return m_lists; }
+
+    // Sections in reading order, newest first.
+    const std::vector<std::unique_ptr<XrefSection>>& Sections() const { return m_sections; }
+    XrefSection* NewestSection() const { return m_sections.empty() ? nullptr : m_sections.front().get(); }
+    XrefSection* AppendSection();
+    // Called once the chain of sections is read: lookups then go through one merged index
+    // instead of asking every section in turn.
+    void FinishSections();
+
+    XrefEntry* NewEntry() { return m_arena.New<XrefEntry>(); }
+    // The entry of `id` in the newest section that has it, real or placeholder; null when none has.
+    XrefEntry* LookupEntry(ObjId id) const;
+
+    void NoteLoaded(XrefEntry* entry);  // entry now holds its (possibly null) record
+    XrefEntry* EntryOfRecord(const pdfObject* record) const { return m_loaded.Find(record); }
+    std::size_t LoadedCount() const { return m_loaded.Size(); }
+
+    // Loads in progress, so that a load that needs the object it is reading can stop.
+    bool IsLoading(const XrefEntry* entry) const { return entry->loading; }
+    int LoadDepth() const { return m_loadDepth; }
+    void BeginLoad(XrefEntry* entry) {
+        entry->loading = true;
+        ++m_loadDepth;
+    }
+    void EndLoad(XrefEntry* entry) {
+        entry->loading = false;
+        --m_loadDepth;
+    }
+
+    void NoteStream(pdfStream* stream) { m_streams.push_back(stream); }
+    const std::vector<pdfStream*>& Streams() const { return m_streams; }
+    ObjStmIndex* NewObjStmIndex();
+
+    std::uint16_t VersionMajor() const { return m_versionMajor; }
+    std::uint16_t VersionMinor() const { return m_versionMinor; }
+    void SetVersion(std::uint16_t major, std::uint16_t minor) {
+        m_versionMajor = major;
+        m_versionMinor = minor;
+    }
+
+private:
+    ivIOControl* m_control;  // not owned; outlives the document
+    ivRef<ivStream> m_file;
+    std::uint64_t m_fileSize;
+    ivArena m_arena;
+    ObjListPool m_lists;
+    std::vector<std::unique_ptr<XrefSection>> m_sections;
+    std::vector<XrefEntry*> m_index;  // newest entry per id, sorted; built by FinishSections
+    bool m_indexed = false;
+    ivPtrMap<pdfObject, XrefEntry> m_loaded;
+    std::vector<pdfStream*> m_streams;
+    std::vector<std::unique_ptr<ObjStmIndex>> m_objStmIndexes;
+    std::uint16_t m_versionMajor = 0, m_versionMinor = 0;
+    int m_loadDepth = 0;
+};

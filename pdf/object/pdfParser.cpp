@@ -1,0 +1,98 @@
+#include "pdf/object/pdfParser.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "pdf/object/pdfDiagnostics.h"
+#include "pdf/object/pdfDocument.h"
+
+pdfParser::pdfParser(const pdfDocument* owner, ivRef<ivStream> stream, std::uint32_t start, std::uint32_t limit)
+    : m_owner(owner), m_stream(std::move(stream)), m_limit(limit) {
+    if (start == kKeepPosition) start = static_cast<std::uint32_t>(m_stream->Position());
+    m_bufferPos = start;
+    auto whole = m_stream->Contiguous();
+    if (!whole.empty() || m_stream->Size() == 0) {
+        m_inMemory = true;
+        std::size_t from = std::min<std::size_t>(start, whole.size());
+        std::size_t n = std::min<std::size_t>(whole.size() - from, limit);
+        m_begin = m_cur = whole.data() + from;
+        m_end = m_begin + n;
+        m_total = static_cast<std::uint32_t>(n);
+        return;
+    }
+    m_begin = m_cur = m_end = m_buffer.data();
+    Fill();
+    m_bufferPos = start;
+}
+
+ivStatus pdfParser::Fill() {
+    if (m_inMemory) return kFail;
+    m_bufferPos += static_cast<std::uint32_t>(m_end - m_begin);
+    m_begin = m_cur = m_end = m_buffer.data();
+    std::uint32_t want = std::min<std::uint32_t>(m_limit, static_cast<std::uint32_t>(m_buffer.size()));
+    if (want == 0) return kFail;
+    // Seek each time: other readers may have moved the shared stream meanwhile.
+    std::int64_t at = m_stream->Seek(m_bufferPos, ivSeekOrigin::Begin);
+    std::uint32_t got = 0;
+    ivStatus st = at < 0 ? static_cast<ivStatus>(at) : m_stream->Read(m_buffer.data(), want, &got);
+    m_total += got;
+    if (Failed(st)) {
+        if (m_owner) {
+            std::string why = m_stream->ErrorText();
+            if (!why.empty())
+                Report(*m_owner, "Read error: %s after reading %d bytes", why.c_str(), static_cast<int>(m_total));
+            else
+                ReportAt(*m_owner, *this, "Uknown Read Error after reading %d bytes", static_cast<int>(m_total));
+        }
+        return st;
+    }
+    if (m_limit != kNoLimit) m_limit -= got;
+    m_end = m_begin + got;
+    return got ? kOk : kFail;
+}
+
+namespace {
+
+bool IsTokenSpace(std::uint8_t c) { return c == ' ' || c == '\r' || c == '\n' || c == '\t'; }
+
+bool IsTokenDelimiter(std::uint8_t c) {
+    switch (c) {
+        case '"': case '#': case '(': case ')': case ',': case '/': case ';': case '<':
+        case '=': case '>': case '[': case ']': case '{': case '}':
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+bool ReadToken(pdfParser& source, std::string& token) {
+    token.clear();
+    std::uint8_t c = 0;
+    do {
+        if (!source.ReadByte(c)) return false;
+    } while (IsTokenSpace(c));
+    token += static_cast<char>(c);
+    if (IsTokenDelimiter(c)) return true;
+    while (source.ReadByte(c)) {
+        if (IsTokenSpace(c)) break;
+        if (IsTokenDelimiter(c)) {
+            source.PushBack(c);
+            break;
+        }
+        token += static_cast<char>(c);
+    }
+    return true;
+}
+
+std::int32_t TokenToLong(const std::string& token) {
+    // atol without its undefined behaviour on overflow: digits wrap in 32 bits.
+    std::size_t i = 0;
+    while (i < token.size() && (token[i] == ' ' || (token[i] >= '\t' && token[i] <= '\r'))) ++i;
+    bool negative = false;
+    if (i < token.size() && (token[i] == '+' || token[i] == '-')) negative = token[i++] == '-';
+    std::uint32_t v = 0;
+    for (; i < token.size() && token[i] >= '0' && token[i] <= '9'; ++i) v = v * 10 + std::uint32_t(token[i] - '0');
+    return static_cast<std::int32_t>(negative ? 0u - v : v);
+}

@@ -1,0 +1,332 @@
+#include "pdf/object/pdfXrefReader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "pdf/decode/pdfFilterChain.h"
+#include "pdf/object/pdfAccessors.h"
+#include "pdf/object/pdfDiagnostics.h"
+#include "pdf/object/pdfDocument.h"
+#include "pdf/object/pdfObjectAccess.h"
+#include "pdf/object/pdfObjectParser.h"
+#include "pdf/object/pdfParser.h"
+#include "platform/ivByteReader.h"
+
+namespace {
+
+constexpr std::uint32_t kHeaderBytes = 64;
+constexpr std::uint32_t kTailBytes = 1024;
+
+// "%d" as sscanf reads it: blanks, an optional sign, digits; false without a digit.
+bool ScanInt(const char*& p, const char* end, int& value) {
+    while (p < end && (*p == ' ' || (*p >= '\t' && *p <= '\r'))) ++p;
+    bool negative = false;
+    if (p < end && (*p == '+' || *p == '-')) negative = *p++ == '-';
+    if (p >= end || *p < '0' || *p > '9') return false;
+    std::uint32_t v = 0;
+    while (p < end && *p >= '0' && *p <= '9') v = v * 10 + std::uint32_t(*p++ - '0');
+    value = static_cast<int>(negative ? 0u - v : v);
+    return true;
+}
+
+XrefEntry* AddEntry(pdfDocument& doc, XrefSection& section, std::uint32_t num, std::uint16_t gen) {
+    XrefEntry* e = doc.NewEntry();
+    e->num = num;
+    e->gen = gen;
+    section.entries.push_back(e);
+    return e;
+}
+
+void ReadTrailerDictionary(pdfDocument& doc, XrefSection& section, pdfParser& source) {
+    std::uint8_t c = 0;
+    do {
+        if (!source.ReadByte(c)) return;
+    } while (c <= 32);
+    std::uint8_t c2 = 0;
+    if (c != '<' || !source.ReadByte(c2) || c2 != '<') return;
+    pdfDict* dict = nullptr;
+    ParseDictionary(doc, source, nullptr, &dict, 0);
+    if (dict) ApplyTrailer(section, doc, dict);
+}
+
+void ReadClassicTable(pdfDocument& doc, XrefSection& section, pdfParser& source) {
+    std::string token, count, offset, gen, type;
+    bool started = false;
+    while (ReadToken(source, token)) {
+        if (token == "trailer") {
+            ReadTrailerDictionary(doc, section, source);
+            return;
+        }
+        if (token == "xref") {
+            started = true;
+            continue;
+        }
+        if (!started) continue;
+        auto first = static_cast<std::uint32_t>(TokenToLong(token));
+        if (!ReadToken(source, count)) return;
+        std::int32_t lines = TokenToLong(count);
+        for (std::int32_t i = 0; i < lines; ++i) {
+            // A line whose tokens run out is skipped; so are all after it, the data having ended.
+            if (!ReadToken(source, offset) || !ReadToken(source, gen) || !ReadToken(source, type)) return;
+            if (type[0] == 'n') {
+                XrefEntry* e = AddEntry(doc, section, first + static_cast<std::uint32_t>(i),
+                                        static_cast<std::uint16_t>(TokenToLong(gen)));
+                e->offset = static_cast<std::uint32_t>(TokenToLong(offset));
+            } else if (type[0] != 'f') {
+                ReportAt(doc, source, "Error Reading XREF table");
+            }
+        }
+    }
+}
+
+// Field widths of a cross-reference stream's entries.
+struct Widths {
+    std::uint32_t w[3] = {0, 0, 0};
+    std::uint32_t Total() const { return w[0] + w[1] + w[2]; }
+};
+
+std::uint32_t ReadField(const std::uint8_t* bytes, std::uint32_t width) {
+    std::uint32_t v = 0;
+    for (std::uint32_t i = 0; i < width; ++i) v = (v << 8) | bytes[i];
+    return v;
+}
+
+// Reads `count` entries from `first` on; false when the data ran out (with its message).
+bool ReadStreamSubsection(pdfDocument& doc, XrefSection& section, ivByteReader& data, const Widths& widths,
+                          std::uint32_t first, std::uint32_t count, ivStatus* status) {
+    std::uint8_t bytes[12];
+    const std::uint32_t total = widths.Total();
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (data.Read(bytes, total) < total) {
+            Report(doc, "Error reading XREF stream");
+            *status = data.LastStatus();
+            return false;
+        }
+        std::uint32_t num = first + i;
+        std::uint32_t type = widths.w[0] ? ReadField(bytes, widths.w[0]) : 1;
+        std::uint32_t f2 = ReadField(bytes + widths.w[0], widths.w[1]);
+        std::uint32_t f3 = ReadField(bytes + widths.w[0] + widths.w[1], widths.w[2]);
+        if (type == 0) continue;
+        if (type > 2) {
+            Report(doc, "Invalid XREF entry type for object %d", static_cast<int>(num));
+            continue;
+        }
+        XrefEntry* e = AddEntry(doc, section, num, type == 1 ? static_cast<std::uint16_t>(f3) : 0);
+        if (type == 1) {
+            e->offset = f2;
+        } else {
+            e->flags = kXrefCompressed;
+            e->objStm = f2;
+            e->offset = f3;
+        }
+    }
+    return true;
+}
+
+std::uint32_t ReadIntegerOrZero(pdfDocument& doc, const pdfObject* obj) {
+    std::uint32_t v = 0;
+    GetInteger(doc, obj, &v);
+    return v;
+}
+
+ivStatus ReadXrefStream(pdfDocument& doc, XrefSection& section, pdfStream* stream) {
+    ApplyTrailer(section, doc, stream->dict);
+    pdfDecodedStream decoded;
+    if (ivStatus st = OpenDecodedStream(doc, stream, nullptr, decoded); Failed(st)) return st;
+    const pdfObject* w = DictGet(stream->dict, "W");
+    const pdfObject* index = DictGet(stream->dict, "Index");
+    std::uint32_t size = 0;
+    GetInteger(doc, DictLookup(doc, stream->dict, "Size"), &size);
+    const pdfArray* wa = AsArray(w);
+    if (!wa) return kOk;
+    Widths widths;
+    // Deliberately no check of W's length: missing elements read as numbers that are not there.
+    for (std::uint32_t i = 0; i < 3; ++i) widths.w[i] = ReadIntegerOrZero(doc, i < wa->count ? wa->Items()[i] : nullptr);
+    if (widths.w[0] > 4 || widths.w[1] > 4 || widths.w[2] > 4 || widths.Total() == 0) {
+        Report(doc, "W [%d %d %d] is not supported", static_cast<int>(widths.w[0]), static_cast<int>(widths.w[1]),
+               static_cast<int>(widths.w[2]));
+        return kOk;
+    }
+    ivByteReader data(*decoded.stream);
+    ivStatus status = kOk;
+    if (!index) {
+        ReadStreamSubsection(doc, section, data, widths, 0, size, &status);
+        return status;
+    }
+    const pdfArray* pairs = AsArray(index);
+    std::uint32_t first = 0, count = 0;
+    for (std::uint32_t i = 0; pairs && i + 1 < pairs->count; i += 2) {
+        // An element that is not a number keeps the value of the previous pair.
+        GetInteger(doc, pairs->Items()[i], &first);
+        GetInteger(doc, pairs->Items()[i + 1], &count);
+        if (!ReadStreamSubsection(doc, section, data, widths, first, count, &status)) break;
+    }
+    return status;
+}
+
+ivStatus ReadStreamSection(pdfDocument& doc, XrefSection& section, pdfParser& source) {
+    std::string num, gen, keyword;
+    if (!ReadToken(source, num) || !ReadToken(source, gen) || !ReadToken(source, keyword) || keyword != "obj") {
+        ReportAt(doc, source, "'obj' is expected");
+        return kOk;
+    }
+    ObjId id{static_cast<std::uint32_t>(TokenToLong(num)), static_cast<std::uint16_t>(TokenToLong(gen))};
+    PooledList list(doc.ListPool());
+    ParseObjects(doc, source, *list, kParseToEndobj);
+    if (list->items.empty()) return kOk;
+    pdfObject* dict = list->items.front();
+    const pdfObject* type = DictGet(dict, "Type");
+    if (!AsTextValued(type))
+        ReportAt(doc, source, "Error Reading XREF Object 01");
+    else if (!TextEquals(type, "XRef"))
+        ReportAt(doc, source, "Not and XRef object");
+    if (list->streamPos == 0) return kOk;
+    pdfStream* stream = NewStream(doc.Arena(), dict, list->streamPos, nullptr);
+    doc.NoteStream(stream);
+    section.xrefStream = stream;
+    ivStatus st = ReadXrefStream(doc, section, stream);
+    section.SortEntries();
+    if (XrefEntry* own = section.Find(id); own && !own->loaded) {
+        own->object = stream;
+        stream->entry = own;
+        own->role = kRoleXrefStream;
+        doc.NoteLoaded(own);
+    }
+    return st;
+}
+
+}  // namespace
+
+ivStatus ReadHeader(pdfDocument& doc) {
+    char head[kHeaderBytes];
+    std::uint32_t got = 0;
+    doc.File()->Seek(0, ivSeekOrigin::Begin);
+    doc.File()->Read(head, kHeaderBytes, &got);
+    if (got < 6) return kNotFound;
+    if (std::memcmp(head, "%PDF-", 5) != 0) {
+        Report(doc, "Not a PDF file - can't find the PDF header");
+        return kNotFound;
+    }
+    const char* p = head + 5;
+    const char* end = std::find(p, static_cast<const char*>(head + got), '\0');
+    int major = 0, minor = 0;
+    if (!ScanInt(p, end, major) || p >= end || *p++ != '.' || !ScanInt(p, end, minor)) return kNotFound;
+    doc.SetVersion(static_cast<std::uint16_t>(major), static_cast<std::uint16_t>(minor));
+    return kOk;
+}
+
+ivStatus ReadStartXref(pdfDocument& doc, XrefSection** newest) {
+    std::uint64_t size = doc.FileSize();
+    auto n = static_cast<std::uint32_t>(std::min<std::uint64_t>(size, kTailBytes));
+    std::vector<char> tail(n);
+    std::uint32_t got = 0;
+    doc.File()->Seek(static_cast<std::int64_t>(size - n), ivSeekOrigin::Begin);
+    if (n) doc.File()->Read(tail.data(), n, &got);
+    if (got < n) return kFail;
+    XrefSection* section = doc.AppendSection();
+    if (newest) *newest = section;
+    static const char kKeyword[] = "startxref";
+    std::uint32_t after = 0;
+    for (std::uint32_t i = n; i-- > 8;) {
+        if (tail[i] == 'f' && std::memcmp(&tail[i - 8], kKeyword, 9) == 0) {
+            after = i + 1;
+            break;
+        }
+    }
+    if (after == 0) return kOk;  // deliberately silent: the document is just empty
+    while (after < n && static_cast<unsigned char>(tail[after]) < 32) ++after;
+    std::int32_t offset = after < n ? TokenToLong(std::string(tail.data() + after, n - after)) : 0;
+    if (offset == 0) {
+        Report(doc, "Can't get XRef table position");
+        return kFail;
+    }
+    ReadSection(doc, *section, static_cast<std::uint32_t>(offset));
+    return kOk;
+}
+
+ivStatus ReadSection(pdfDocument& doc, XrefSection& section, std::uint32_t offset) {
+    ivStdScope scope(doc.Control(), ivFormat("Reading XREF table at %d (0x%xh)", static_cast<int>(offset), offset));
+    section.hasList = true;
+    section.offset = offset;
+    if (offset >= doc.FileSize()) {
+        Report(doc, "XREF table is not found: the offset is beyond the end of the file");
+        return kOk;
+    }
+    pdfParser source(&doc, doc.File(), offset);
+    std::uint8_t c = 0;
+    do {
+        if (!source.ReadByte(c)) return kOk;
+    } while (c <= 32);
+    ivStatus st = kOk;
+    if (c >= '0' && c <= '9') {
+        source.PushBack(c);
+        st = ReadStreamSection(doc, section, source);
+    } else if (c == 'x') {
+        source.PushBack(c);
+        ReadClassicTable(doc, section, source);
+    } else {
+        ReportAt(doc, source, "Unexpected character - %c. XREF table must begin with 'xref' or object id.", c);
+    }
+    section.SortEntries();
+    return st;
+}
+
+void ApplyTrailer(XrefSection& section, pdfDocument& doc, const pdfObject* dict) {
+    const pdfDict* d = AsDict(dict);
+    if (!d) return;
+    static const char* const kStreamOnly[] = {"Type", "W", "Index", "Filter", "DecodeParms", "Length"};
+    for (const pdfPair& p : d->Entries()) {
+        const pdfBytes* key = AsName(p.key);
+        if (!key) {
+            Report(doc, "Invalid trailer entry ");
+            continue;
+        }
+        const char* k = key->Chars();
+        if (std::strcmp(k, "XRefStm") == 0) {
+            GetIntegerChecked(doc, p.value, &section.xrefStm);
+        } else if (std::strcmp(k, "Size") == 0) {
+            GetIntegerChecked(doc, p.value, &section.size);
+        } else if (std::strcmp(k, "Prev") == 0) {
+            GetIntegerChecked(doc, p.value, &section.prev);
+        } else if (std::strcmp(k, "Root") == 0) {
+            SetRef(&section.root, p.value);
+        } else if (std::strcmp(k, "Encrypt") == 0) {
+            SetRef(&section.encrypt, p.value);
+        } else if (std::strcmp(k, "Info") == 0) {
+            SetRef(&section.info, p.value);
+        } else if (std::strcmp(k, "ID") == 0) {
+            SetRef(&section.id, p.value);
+        } else if (std::any_of(std::begin(kStreamOnly), std::end(kStreamOnly),
+                               [k](const char* s) { return std::strcmp(k, s) == 0; })) {
+            if (!section.xrefStream) Report(doc, "W, Index, Filter, DecodeParms entries are afre for XREF stream only");
+        } else {
+            Report(doc, "%s is unknown trailer entry ", k);
+        }
+    }
+}
+
+void ComputeLengths(pdfDocument& doc) {
+    std::vector<XrefEntry*> inFile;
+    std::vector<std::uint32_t> sectionOffsets;
+    for (const auto& s : doc.Sections()) {
+        sectionOffsets.push_back(s->offset);
+        for (XrefEntry* e : s->entries)
+            if (!e->Compressed()) inFile.push_back(e);
+    }
+    std::stable_sort(inFile.begin(), inFile.end(),
+                     [](const XrefEntry* a, const XrefEntry* b) { return a->offset < b->offset; });
+    std::sort(sectionOffsets.begin(), sectionOffsets.end());
+    for (std::size_t i = 0; i < inFile.size(); ++i) {
+        XrefEntry* e = inFile[i];
+        std::uint64_t end = i + 1 < inFile.size() ? inFile[i + 1]->offset : doc.FileSize();
+        auto length = static_cast<std::uint32_t>(end - e->offset);
+        // An object never runs over a section: the smallest unsigned distance to a section
+        // offset comes from the first section at or after it, or (wrapping) the lowest one.
+        auto next = std::lower_bound(sectionOffsets.begin(), sectionOffsets.end(), e->offset);
+        if (next != sectionOffsets.end()) length = std::min(length, *next - e->offset);
+        if (!sectionOffsets.empty()) length = std::min(length, sectionOffsets.front() - e->offset);
+        e->length = length;
+    }
+}

@@ -1,0 +1,116 @@
+#include "platform/ivFileStream.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#ifdef _WIN32
+// Windows: the C runtime's 64-bit positioned stdio.
+struct ivFileStream::Handle {
+    std::FILE* file = nullptr;
+};
+
+ivRef<ivFileStream> ivFileStream::Open(const std::filesystem::path& path, std::string* error) {
+    std::FILE* f = _wfopen(path.c_str(), L"rb");
+    if (!f) {
+        if (error) *error = std::strerror(errno);
+        return nullptr;
+    }
+    ivRef<ivFileStream> s(new ivFileStream);
+    s->m_handle = new Handle{f};
+    _fseeki64(f, 0, SEEK_END);
+    s->m_size = static_cast<std::uint64_t>(_ftelli64(f));
+    _fseeki64(f, 0, SEEK_SET);
+    return s;
+}
+
+ivFileStream::~ivFileStream() {
+    if (m_handle) std::fclose(m_handle->file);
+    delete m_handle;
+}
+
+ivStatus ivFileStream::Read(void* buffer, std::uint32_t count, std::uint32_t* read) {
+    if (read) *read = 0;
+    if (m_pos >= m_size || count == 0) return kRemark;
+    _fseeki64(m_handle->file, static_cast<long long>(m_pos), SEEK_SET);
+    std::size_t n = std::fread(buffer, 1, count, m_handle->file);
+    if (n == 0 && std::ferror(m_handle->file)) {
+        m_error = std::strerror(errno);
+        std::clearerr(m_handle->file);
+        return kFail;
+    }
+    m_pos += n;
+    if (read) *read = static_cast<std::uint32_t>(n);
+    return n ? kOk : kRemark;
+}
+#else
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+struct ivFileStream::Handle {
+    int fd = -1;
+};
+
+ivRef<ivFileStream> ivFileStream::Open(const std::filesystem::path& path, std::string* error) {
+    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        if (error) *error = std::strerror(errno);
+        return nullptr;
+    }
+    struct stat st {};
+    if (::fstat(fd, &st) != 0 || S_ISDIR(st.st_mode)) {
+        if (error) *error = S_ISDIR(st.st_mode) ? "Is a directory" : std::strerror(errno);
+        ::close(fd);
+        return nullptr;
+    }
+    ivRef<ivFileStream> s(new ivFileStream);
+    s->m_handle = new Handle{fd};
+    s->m_size = static_cast<std::uint64_t>(st.st_size);
+    return s;
+}
+
+ivFileStream::~ivFileStream() {
+    if (m_handle) ::close(m_handle->fd);
+    delete m_handle;
+}
+
+ivStatus ivFileStream::Read(void* buffer, std::uint32_t count, std::uint32_t* read) {
+    if (read) *read = 0;
+    if (m_pos >= m_size || count == 0) return kRemark;
+    std::uint32_t total = 0;
+    auto* out = static_cast<unsigned char*>(buffer);
+    while (total < count) {
+        ssize_t n = ::pread(m_handle->fd, out + total, count - total, static_cast<off_t>(m_pos + total));
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            m_error = std::strerror(errno);
+            m_pos += total;
+            if (read) *read = total;
+            return total ? kOk : kFail;
+        }
+        if (n == 0) break;
+        total += static_cast<std::uint32_t>(n);
+    }
+    m_pos += total;
+    if (read) *read = total;
+    return total ? kOk : kRemark;
+}
+#endif
+
+ivStatus ivFileStream::Write(const void*, std::uint32_t, std::uint32_t* written) {
+    if (written) *written = 0;
+    return kWrongType;
+}
+
+ivStatus ivFileStream::SetSize(std::uint64_t) { return kWrongType; }
+
+std::int64_t ivFileStream::Seek(std::int64_t offset, ivSeekOrigin origin) {
+    std::int64_t base = origin == ivSeekOrigin::Current ? static_cast<std::int64_t>(m_pos)
+                        : origin == ivSeekOrigin::End   ? static_cast<std::int64_t>(m_size)
+                                                        : 0;
+    std::int64_t target = base + offset;
+    if (target < 0) return kInvalidArg;
+    m_pos = static_cast<std::uint64_t>(target);
+    return target;
+}

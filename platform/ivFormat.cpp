@@ -1,0 +1,82 @@
+#include "platform/ivFormat.h"
+
+#include <cstdio>
+
+std::string ivVFormat(const char* format, std::va_list args) {
+    char buffer[kMaxFormatted + 1];
+    int n = std::vsnprintf(buffer, sizeof buffer, format, args);
+    if (n < 0) return {};
+    return std::string(buffer, std::min<std::size_t>(static_cast<std::size_t>(n), kMaxFormatted));
+}
+
+std::string ivFormat(const char* format, ...) {
+    std::va_list args;
+    va_start(args, format);
+    std::string s = ivVFormat(format, args);
+    va_end(args);
+    return s;
+}
+
+std::string ivFormatOne(const std::string& format, const std::string& arg) {
+    std::string out;
+    std::size_t at = format.find("%s");
+    if (at == std::string::npos) return format.substr(0, kMaxFormatted);
+    out = format.substr(0, at) + arg + format.substr(at + 2);
+    if (out.size() > kMaxFormatted) out.resize(kMaxFormatted);
+    return out;
+}
+
+namespace {
+
+bool IsValidUtf8(const std::string& s) {
+    std::size_t i = 0, n = s.size();
+    while (i < n) {
+        auto c = static_cast<unsigned char>(s[i]);
+        int extra = c < 0x80 ? 0 : (c >> 5) == 6 ? 1 : (c >> 4) == 14 ? 2 : (c >> 3) == 30 ? 3 : -1;
+        if (extra < 0 || (extra == 1 && c < 0xC2)) return false;
+        if (i + extra >= n && extra > 0) return false;
+        std::uint32_t cp = extra ? c & (0x3F >> extra) : c;
+        for (int k = 1; k <= extra; ++k) {
+            auto d = static_cast<unsigned char>(s[i + k]);
+            if ((d & 0xC0) != 0x80) return false;
+            cp = (cp << 6) | (d & 0x3F);
+        }
+        if ((extra == 2 && (cp < 0x800 || (cp >= 0xD800 && cp < 0xE000))) ||
+            (extra == 3 && (cp < 0x10000 || cp > 0x10FFFF)))
+            return false;
+        i += extra + 1;
+    }
+    return true;
+}
+
+// Windows-1252 code points of bytes 0x80-0x9F; the undefined ones keep their C1 value.
+constexpr char16_t kCp1252High[32] = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+void AppendUtf8(std::string& out, std::uint32_t cp) {
+    if (cp < 0x80) {
+        out += static_cast<char>(cp);
+    } else if (cp < 0x800) {
+        out += static_cast<char>(0xC0 | (cp >> 6));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    } else {
+        out += static_cast<char>(0xE0 | (cp >> 12));
+        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    }
+}
+
+}  // namespace
+
+std::string ivTextToUtf8(const std::string& text) {
+    if (IsValidUtf8(text)) return text;
+    std::string out;
+    out.reserve(text.size() + text.size() / 2);
+    for (char ch : text) {
+        auto b = static_cast<unsigned char>(ch);
+        AppendUtf8(out, b >= 0x80 && b < 0xA0 ? kCp1252High[b - 0x80] : b);
+    }
+    return out;
+}

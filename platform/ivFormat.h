@@ -1,0 +1,23 @@
+#pragma once
+#include <cstdarg>
+#include <string>
+
+// Longest formatted message or scope text; longer ones are cut.
+constexpr std::size_t kMaxFormatted = 260;
+
+#if defined(__GNUC__)
+#define IV_PRINTF(fmt, args) __attribute__((format(printf, fmt, args)))
+#else
+#define IV_PRINTF(fmt, args)
+#endif
+
+// printf-style formatting, cut at 260 characters.
+std::string ivFormat(const char* format, ...) IV_PRINTF(1, 2);
+std::string ivVFormat(const char* format, std::va_list args) IV_PRINTF(1, 0);
+
+// Formats a single "%s" (or any printf text with one string argument) with `arg`.
+std::string ivFormatOne(const std::string& format, const std::string& arg);
+
+// Texts of the core are 8-bit strings in the system code page (Windows-1252). This turns one
+// into UTF-8 for output: valid UTF-8 passes unchanged, anything else maps byte by byte.
+std::string ivTextToUtf8(const std::string& text);
