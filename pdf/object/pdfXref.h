@@ -35,6 +35,7 @@ struct XrefSection {
     std::uint32_t xrefStm = 0;
     ObjRef root, encrypt, info, id;
     pdfStream* xrefStream = nullptr;  // null for a classic table
+    ObjId xrefStreamId;               // the stream's own identifier, from its object header
 
     // Sorted by object number, then generation, once the section has been read; an id that
     // occurs twice keeps both entries in reading order and lookups find the first.

@@ -186,6 +186,7 @@ ivStatus ReadStreamSection(pdfDocument& doc, XrefSection& section, pdfParser& so
     pdfStream* stream = NewStream(doc.Arena(), dict, list->streamPos, nullptr);
     doc.NoteStream(stream);
     section.xrefStream = stream;
+    section.xrefStreamId = id;
     ivStatus st = ReadXrefStream(doc, section, stream);
     section.SortEntries();
     if (XrefEntry* own = section.Find(id); own && !own->loaded) {
