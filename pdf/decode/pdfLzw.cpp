@@ -25,7 +25,7 @@ struct LzwEntry {
 
 // One decoding run: the table, the bit buffer and the output vector it appends to.
 class LzwDecoder {
-public:
+  public:
     LzwDecoder(ivStream& source, std::vector<std::uint8_t>& out, bool earlyChange)
         : m_in(source), m_out(out), m_table(kTableSize), m_lateBy(earlyChange ? 0 : 1) {
         for (std::uint32_t i = 0; i < 256; ++i) {
@@ -37,7 +37,7 @@ public:
 
     ivStatus Run();
 
-private:
+  private:
     void Reset();
     bool ReadCode(std::uint32_t& code);
     void AddEntry(std::uint32_t code);

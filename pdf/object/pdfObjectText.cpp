@@ -11,9 +11,9 @@ constexpr int kMaxTextDepth = 32;
 std::string StringText(const pdfBytes* s) {
     bool plain = true;
     for (std::uint32_t i = 0; i < s->size && plain; ++i) plain = s->Data()[i] >= 32 && s->Data()[i] != ')';
-    if (plain) return "(" + std::string(s->View()) + ")";
-    // Deliberate: the escape is a solidus with three octal digits, not a backslash.
     std::string out = "(";
+    if (plain) return out.append(s->View()).append(")");
+    // Deliberate: the escape is a solidus with three octal digits, not a backslash.
     for (std::uint32_t i = 0; i < s->size; ++i) {
         std::uint8_t b = s->Data()[i];
         if (b < 32 || b == ')')
@@ -109,7 +109,8 @@ std::string TokenText(const pdfObject* obj) {
         }
         case kTagUnicodeString: {
             const auto* u = static_cast<const pdfUnicode*>(obj);
-            return "(" + Utf16ToUtf8(u->Units(), u->count) + ")";
+            std::string out = "(";
+            return out.append(Utf16ToUtf8(u->Units(), u->count)).append(")");
         }
         case kTagArray: return "[";
         case kTagDictionary: return "<<";
@@ -118,7 +119,7 @@ std::string TokenText(const pdfObject* obj) {
             const auto* r = static_cast<const pdfRef*>(obj);
             return ivFormat("%d %d R", static_cast<int>(r->num), r->gen);
         }
-        case kTagName: return std::string("/") + static_cast<const pdfBytes*>(obj)->Chars();
+        case kTagName: return std::string("/").append(static_cast<const pdfBytes*>(obj)->Chars());
         case kTagKey: return static_cast<const pdfBytes*>(obj)->Chars();
         case kTagInlineImage: return "[inline image]";
         default: return "*";
