@@ -31,6 +31,12 @@ public:
         }
     }
     std::size_t Size() const { return m_count; }
+    // Makes room for `count` pairs at once instead of growing step by step.
+    void Reserve(std::size_t count) {
+        std::size_t slots = 64;
+        while (slots * 3 < count * 4) slots *= 2;
+        if (slots > m_slots.size()) Rehash(slots);
+    }
 
 private:
     struct Slot {
@@ -43,8 +49,9 @@ private:
         v *= 0xbf58476d1ce4e5b9ull;
         return static_cast<std::size_t>(v ^ (v >> 32));
     }
-    void Grow() {
-        std::vector<Slot> old(m_slots.empty() ? 64 : m_slots.size() * 2);
+    void Grow() { Rehash(m_slots.empty() ? 64 : m_slots.size() * 2); }
+    void Rehash(std::size_t slots) {
+        std::vector<Slot> old(slots);
         old.swap(m_slots);
         m_mask = m_slots.size() - 1;
         m_count = 0;

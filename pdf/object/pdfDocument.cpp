@@ -33,6 +33,7 @@ void pdfDocument::FinishSections() {
                               [](const XrefEntry* a, const XrefEntry* b) { return a->Id() == b->Id(); }),
                   m_index.end());
     m_indexed = true;
+    m_loaded.Reserve(m_index.size());
 }
 
 XrefEntry* pdfDocument::LookupEntry(ObjId id) const {
