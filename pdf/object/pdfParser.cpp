@@ -51,8 +51,6 @@ ivStatus pdfParser::Fill() {
     return got ? kOk : kFail;
 }
 
-namespace {
-
 bool IsTokenSpace(std::uint8_t c) { return c == ' ' || c == '\r' || c == '\n' || c == '\t'; }
 
 bool IsTokenDelimiter(std::uint8_t c) {
@@ -64,8 +62,6 @@ bool IsTokenDelimiter(std::uint8_t c) {
             return false;
     }
 }
-
-}  // namespace
 
 bool ReadToken(pdfParser& source, std::string& token) {
     token.clear();

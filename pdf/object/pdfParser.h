@@ -71,6 +71,11 @@ private:
     std::array<std::uint8_t, 1024> m_buffer;
 };
 
+// Character classes of the token reader: white space is blank, CR, LF and TAB only; the
+// delimiters are " # ( ) , / ; < = > [ ] { } (not %).
+bool IsTokenSpace(std::uint8_t c);
+bool IsTokenDelimiter(std::uint8_t c);
+
 // The whitespace-delimited token reader of cross-reference tables and object headers.
 // False at end of data before a token.
 bool ReadToken(pdfParser& source, std::string& token);

@@ -5,6 +5,7 @@
 #include "pdf/object/pdfAccessors.h"
 #include "pdf/object/pdfObjectText.h"
 #include "pdf/object/pdfParser.h"
+#include "pdf/object/pdfParserW.h"
 #include "support/TestSupport.h"
 
 namespace {
@@ -260,6 +261,24 @@ TEST(ObjectModel, NamesSizesAndLookup) {
     // Literal names compare up to the terminating 0, so embedded zeros end the comparison.
     EXPECT_TRUE(TextEquals(DictGet(d, "Type"), "XRef"));
     EXPECT_EQ(DictGet(d, "Missing"), nullptr);
+}
+
+}  // namespace
+
+namespace {
+
+TEST(TokenReader, SplitsAtBlanksAndDelimiters) {
+    RecordingControl ctl;
+    auto doc = DocFromBytes("", &ctl);
+    pdfParser src(doc.get(), MemStream(" xref\r\n0 12 %x<<a=b>>"), 0);
+    std::vector<std::string> tokens;
+    for (std::string t; ReadToken(src, t);) tokens.push_back(t);
+    EXPECT_EQ(tokens, (std::vector<std::string>{"xref", "0", "12", "%x", "<", "<", "a", "=", "b", ">", ">"}));
+
+    pdfParserStrW wide(u"to 12 0 R,x\u00e9");
+    std::vector<std::u16string> units;
+    for (std::u16string t; ReadToken(wide, t);) units.push_back(t);
+    EXPECT_EQ(units, (std::vector<std::u16string>{u"to", u"12", u"0", u"R", u",", u"x\u00e9"}));
 }
 
 }  // namespace
