@@ -188,18 +188,21 @@ const RunLookup& Lookup(bool white) {
 // Most significant bit first. Past the end of the data every byte reads as 0, so a stream
 // that stops early decodes as the end-of-block code.
 class BitReader {
-  public:
+public:
     explicit BitReader(ivStream& source) : m_in(source) {}
 
     std::uint32_t Peek(int count) {
         while (m_count < count) {
             std::uint8_t b = 0;
-            if (!m_in.ReadByte(b)) b = 0;
+            if (!m_in.ReadByte(b)) ++m_padBytes;
             m_window = (m_window << 8) | b;
             m_count += 8;
         }
         return static_cast<std::uint32_t>(m_window >> (m_count - count)) & ((1u << count) - 1);
     }
+    // Unread bits that came from the data. Padding bytes are always the newest in the
+    // window, and once one of their bits is read no data bit is left.
+    int DataBitsLeft() const { return std::max(0, m_count - 8 * m_padBytes); }
     void Skip(int count) { m_count -= count; }
     std::uint32_t Read(int count) {
         std::uint32_t v = Peek(count);
@@ -209,19 +212,20 @@ class BitReader {
     // Drops the unread bits of the byte being read; whole bytes in the window stay.
     void AlignToByte() { m_count -= m_count % 8; }
 
-  private:
+private:
     ivByteReader m_in;
     std::uint64_t m_window = 0;
-    int m_count = 0;  // unread bits in the low end of m_window
+    int m_count = 0;     // unread bits in the low end of m_window
+    int m_padBytes = 0;  // zero bytes supplied past the end of the data
 };
 
 enum class Mode { kPass, kHorizontal, kVertical, kEndOfBlock, kExtension };
 
-// T.6 decoding of one image. Lines are lists of changing elements: the positions where the
+// Group 4 decoding of one image. Lines are lists of changing elements: the positions where the
 // colour changes, starting with a change from white to black, each list closed by two copies
 // of the width so that searches along the reference line always stop.
 class G4Decoder {
-  public:
+public:
     G4Decoder(ivStream& source, ivImage2d& image, bool byteAlign)
         : m_bits(source), m_image(image), m_width(image.Width()), m_byteAlign(byteAlign) {
         m_ref = {m_width, m_width};
@@ -229,9 +233,9 @@ class G4Decoder {
 
     ivStatus Run();
 
-  private:
+private:
     Mode ReadMode(int& offset);
-    bool ReadRun(bool white, std::uint32_t& run);
+    bool ReadRun(bool white, std::uint32_t& run, ivStatus& end);
     // Returns false when decoding ends, with the status in `end`.
     bool DecodeRow(std::uint32_t y, ivStatus& end);
     bool Horizontal(std::uint8_t* row, std::int64_t from, ivStatus& end);
@@ -266,12 +270,16 @@ Mode G4Decoder::ReadMode(int& offset) {
     return m_bits.Read(1) ? Mode::kExtension : Mode::kEndOfBlock;
 }
 
-bool G4Decoder::ReadRun(bool white, std::uint32_t& run) {
+bool G4Decoder::ReadRun(bool white, std::uint32_t& run, ivStatus& end) {
     const RunLookup& table = Lookup(white);
     std::uint64_t total = 0;
     for (;;) {
         const LookupEntry& e = table[m_bits.Peek(kLookupBits)];
-        if (e.bits == 0) return false;
+        if (e.bits == 0) {
+            // A code cut off by the end of the data ends decoding like the end-of-block code.
+            end = m_bits.DataBitsLeft() < kLookupBits ? kOk : kFail;
+            return false;
+        }
         m_bits.Skip(e.bits);
         // Each code takes bits from the data, so this sum is bounded by the data; the cap
         // only keeps it within 32 bits.
@@ -312,10 +320,7 @@ void G4Decoder::Paint(std::uint8_t* row, std::int64_t from, std::int64_t to, boo
 
 bool G4Decoder::Horizontal(std::uint8_t* row, std::int64_t from, ivStatus& end) {
     std::uint32_t run1 = 0, run2 = 0;
-    if (!ReadRun(m_white, run1) || !ReadRun(!m_white, run2)) {
-        end = kFail;  // a code found in neither table
-        return false;
-    }
+    if (!ReadRun(m_white, run1, end) || !ReadRun(!m_white, run2, end)) return false;
     std::int64_t a1 = std::min<std::int64_t>(from + run1, m_width);
     std::int64_t a2 = std::min<std::int64_t>(a1 + run2, m_width);
     Paint(row, from, a1, m_white);

@@ -63,7 +63,9 @@ std::uint32_t Param(pdfDocument& doc, const pdfObject* params, const char* key, 
     return n;
 }
 
-bool IsFilterName(const pdfObject* o) { return o && (o->tag == kTagName || o->tag == kTagString); }
+bool IsFilterName(const pdfObject* o) {
+    return o && (o->tag == kTagName || o->tag == kTagString);
+}
 
 bool NameIs(const pdfObject* name, const char* full, const char* abbrev) {
     const char* s = static_cast<const pdfBytes*>(name)->Chars();

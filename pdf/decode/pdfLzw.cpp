@@ -10,8 +10,9 @@ namespace {
 constexpr std::uint32_t kClearCode = 256;
 constexpr std::uint32_t kEndCode = 257;
 constexpr std::uint32_t kFirstFree = 258;
-// 4,096 entries are reachable with 12-bit codes; the rest is room that entries may still be
-// added to after the widest width is reached, so the table never needs to grow or wrap.
+// Entries go on being added once codes are 12 bits wide, although only the first 4,096 can be
+// named. The table is allocated once at this size; when it is full, decoding goes on without
+// new entries.
 constexpr std::uint32_t kTableSize = 5119;
 constexpr int kMinWidth = 9;
 constexpr int kMaxWidth = 12;
@@ -25,7 +26,7 @@ struct LzwEntry {
 
 // One decoding run: the table, the bit buffer and the output vector it appends to.
 class LzwDecoder {
-  public:
+public:
     LzwDecoder(ivStream& source, std::vector<std::uint8_t>& out, bool earlyChange)
         : m_in(source), m_out(out), m_table(kTableSize), m_lateBy(earlyChange ? 0 : 1) {
         for (std::uint32_t i = 0; i < 256; ++i) {
@@ -37,7 +38,7 @@ class LzwDecoder {
 
     ivStatus Run();
 
-  private:
+private:
     void Reset();
     bool ReadCode(std::uint32_t& code);
     void AddEntry(std::uint32_t code);

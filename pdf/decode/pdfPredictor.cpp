@@ -83,6 +83,7 @@ void Unpredict(ivStream& source, std::vector<std::uint8_t>& out, std::uint64_t c
 
 ivRef<ivStream> ApplyPNGPredictor(ivRef<ivStream> source, std::uint32_t columns, std::uint32_t colors,
                                   std::uint32_t bitsPerComponent) {
+    if (!source) return source;
     const std::uint64_t rowBytes = std::uint64_t(columns) * colors;
     auto out = ivMemStream::Create();
     try {

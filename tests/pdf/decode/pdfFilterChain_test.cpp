@@ -15,7 +15,8 @@ using Strings = std::vector<std::string>;
 std::string Deflate(const std::string& plain) {
     uLongf size = compressBound(plain.size());
     std::string packed(size, '\0');
-    compress(reinterpret_cast<Bytef*>(packed.data()), &size, reinterpret_cast<const Bytef*>(plain.data()), plain.size());
+    compress(reinterpret_cast<Bytef*>(packed.data()), &size, reinterpret_cast<const Bytef*>(plain.data()),
+             plain.size());
     packed.resize(size);
     return packed;
 }
@@ -44,21 +45,25 @@ struct StreamCase {
     }
 };
 
-std::string Len(const std::string& data) { return std::to_string(data.size()); }
+std::string Len(const std::string& data) {
+    return std::to_string(data.size());
+}
 
 TEST(FilterChain, DecodesKnownFiltersAndPassesOthersThrough) {
     const std::string packed = Deflate("hello, world");
     const struct {
         std::string dict, data, expected;
     } cases[] = {
-        {"<< /Length 4 /Filter /DCTDecode >>", "\xFF\xD8\xFF\xE0", "\xFF\xD8\xFF\xE0"},  // image codecs pass through
+        {"<< /Length 4 /Filter /DCTDecode >>", "\xFF\xD8\xFF\xE0",
+         "\xFF\xD8\xFF\xE0"},                                // image codecs pass through
         {"<< /Length 8 /Filter /AHx >>", "41 42 4>", "AB"},  // a lone last digit is dropped
         {"<< /Length 3 /Filter /ASCII85Decode >>", "z~>", std::string(4, '\0')},
         {"<< /Length " + Len(packed) + " /Filter /FlateDecode >>", packed, "hello, world"},
         // The run-length filter is not decoded: the inflated bytes come out still encoded.
         {"<< /Length " + Len(packed) + " /Filter [/FlateDecode /RunLengthDecode] >>", packed, "hello, world"},
         // TIFF prediction is deliberately left undone.
-        {"<< /Length " + Len(packed) + " /Filter /Fl /DecodeParms << /Predictor 2 /Columns 3 >> >>", packed, "hello, world"},
+        {"<< /Length " + Len(packed) + " /Filter /Fl /DecodeParms << /Predictor 2 /Columns 3 >> >>", packed,
+         "hello, world"},
         {"<< /Filter /AHx >>", "4142>", "AB"},  // no Length: the data runs to the end of the file
         {"<< /Length 2 >>", "ABCD", "AB"},
     };
@@ -97,10 +102,15 @@ TEST(FilterChain, ReportsBadParametersAndNames) {
         {"<< /Length " + Len(packed) + " /Filter /LZWDecode /DecodeParms [5] >>",
          Strings(5, "Not a dictionary"), kOk},
         {"<< /Length " + Len(packed) + " /Filter /FlateDecode /DecodeParms << /Columns (a) >> >>",
-         {"Number is Expected"}, kOk},
+         {"Number is Expected"},
+         kOk},
         {"<< /Length " + Len(packed) + " /Filter [7 /FlateDecode] >>", {"Can't determine filter type"}, kOk},
-        {"<< /Length " + Len(packed) + " /Filter [/FlateDecode 7] >>", {}, kInvalidArg},  // last name not a name
-        {"<< /Length " + Len(packed) + " /Filter << /A /B >> >>", {"Can't determine filter type"}, kInvalidArg},
+        {"<< /Length " + Len(packed) + " /Filter [/FlateDecode 7] >>",
+         {},
+         kInvalidArg},  // last name not a name
+        {"<< /Length " + Len(packed) + " /Filter << /A /B >> >>",
+         {"Can't determine filter type"},
+         kInvalidArg},
     };
     for (const auto& c : cases) {
         StreamCase sc(c.dict, packed);
@@ -118,11 +128,11 @@ TEST(FilterChain, AsciiDecoderEdges) {
     } cases[] = {
         {"/AHx", "4G>", "", {"Error parsing hexadimal character"}},
         {"/AHx", "41\t42>", "A", {"Error parsing hexadimal character"}},  // a tab is no white space here
-        {"/A85", "!!!!~", "", {"Error in decoding ASCII85"}},            // pending group dropped
+        {"/A85", "!!!!~", "", {"Error in decoding ASCII85"}},             // pending group dropped
         {"/A85", "87cURD]j7BEbo7~>", "Hello world", {}},
-        {"/A85", "87cURD]j7BEbk~>", "Hello worl", {}},  // partial group padded with 'u'
+        {"/A85", "87cURD]j7BEbk~>", "Hello worl", {}},           // partial group padded with 'u'
         {"/A85", "!!z!!~>", "", {"Error in decoding ASCII85"}},  // 'z' inside a group
-        {"/A85", "9jqo^>~>", "Man ", {}},  // '>' before '~' is a digit
+        {"/A85", "9jqo^>~>", "Man ", {}},                        // '>' before '~' is a digit
     };
     for (const auto& c : cases) {
         StreamCase sc("<< /Length " + Len(c.data) + " /Filter " + c.filter + " >>", c.data);
