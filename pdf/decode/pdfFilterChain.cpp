@@ -104,31 +104,34 @@ ivRef<ivStream> CreateFlateOrLZWFilter(pdfDocument& doc, ivRef<ivStream> source,
     return ApplyPNGPredictor(decoded, columns, colors, bpc);
 }
 
-ivStatus OpenRawStream(pdfDocument& doc, const pdfObject* obj, pdfDecodedStream& out) {
+namespace {
+
+// The stored bytes of a stream object, and its keys for the filter chain.
+ivStatus OpenStored(pdfDocument& doc, const pdfObject* obj, pdfDecodedStream& out, StreamKeys& keys) {
     out = pdfDecodedStream{};
     const pdfStream* stream = AsStream(obj);
     if (!stream) {
         Report(doc, "Not a stream");
         return kInvalidArg;
     }
-    StreamKeys keys = ReadStreamKeys(doc, stream->dict);
+    keys = ReadStreamKeys(doc, stream->dict);
     out.stream = RawData(doc, stream, keys.length);
     out.length = keys.length;
     return kOk;
 }
 
+}  // namespace
+
+ivStatus OpenRawStream(pdfDocument& doc, const pdfObject* obj, pdfDecodedStream& out) {
+    StreamKeys keys;
+    return OpenStored(doc, obj, out, keys);
+}
+
 ivStatus OpenDecodedStream(pdfDocument& doc, const pdfObject* obj, const XrefEntry* /*entry*/,
                            pdfDecodedStream& out) {
-    out = pdfDecodedStream{};
-    const pdfStream* stream = AsStream(obj);
-    if (!stream) {
-        Report(doc, "Not a stream");
-        return kInvalidArg;
-    }
-    StreamKeys keys = ReadStreamKeys(doc, stream->dict);
+    StreamKeys keys;
+    if (ivStatus st = OpenStored(doc, obj, out, keys); Failed(st)) return st;
     std::uint32_t count = FilterCount(keys.filter);
-    out.stream = RawData(doc, stream, keys.length);
-    out.length = keys.length;
     ivStatus status = kOk;
     const pdfObject* name = nullptr;
     for (std::uint32_t i = 0; i < count; ++i) {
