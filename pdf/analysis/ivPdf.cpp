@@ -1,14 +1,30 @@
 #include "pdf/analysis/ivPdf.h"
 
+#include <algorithm>
 #include <new>
 #include <unordered_set>
 
+#include "pdf/analysis/pdfLinearization.h"
+#include "pdf/analysis/pdfObjectAnalysis.h"
 #include "pdf/object/pdfDiagnostics.h"
 #include "pdf/object/pdfObjectAccess.h"
 #include "pdf/object/pdfXrefReader.h"
 
+namespace {
+
+constexpr std::uint8_t kRoleDocInfo = 18;
+constexpr std::uint8_t kRoleCatalog = 29;
+
+}  // namespace
+
+AnalysisDepth::AnalysisDepth(ivPdf& doc) : m_depth(++doc.WalkDepth()) {
+    if (m_depth == kLimit + 1) Report(doc, "Objects are nested too deep to follow");
+}
+
 ivPdf::ivPdf(ivRef<ivStream> file, std::string fileName, ivIOControl* control)
     : pdfDocument(std::move(file), control), m_fileName(std::move(fileName)) {}
+
+ivPdf::~ivPdf() = default;
 
 ivStatus ivPdf::Open() {
     try {
@@ -18,6 +34,7 @@ ivStatus ivPdf::Open() {
         FinishSections();
         if (Failed(st)) return st;
         ComputeLengths(*this);
+        ReadCatalogAndPages();
         return kOk;
     } catch (const std::bad_alloc&) {
         return kOutOfMemory;
@@ -42,14 +59,91 @@ ivStatus ivPdf::ReadSectionChain() {
     }
 }
 
+void ivPdf::ReadCatalogAndPages() {
+    const ObjRef& root = NewestSection()->root;
+    if (root.Empty()) return;  // an empty document
+    m_catalogId = root.Id();
+    m_catalog = root.obj ? root.obj : ResolveRef(*this, root.Id());
+    if (!AsDict(m_catalog)) {
+        Report(*this, "Not a dictionary");
+        return;
+    }
+    if (const pdfObject* pages = DictGet(m_catalog, "Pages")) WalkPageTree(*this, pages, nullptr);
+    ResolvePageAttributes(*this);
+}
+
 ivStatus ivPdf::Analyse() {
     try {
         for (const auto& section : Sections())
-            section->ForEachEntry([this](XrefEntry* entry) { LoadObject(*this, entry); });
+            section->ForEachEntry([&](XrefEntry* entry) { AnalyseEntry(*section, entry); });
+        IndexReferrers();
+        CheckLinearization(*this);
         return kOk;
     } catch (const std::bad_alloc&) {
         return kOutOfMemory;
     }
+}
+
+void ivPdf::AnalyseEntry(const XrefSection& section, XrefEntry* entry) {
+    // Trailer roles overwrite whatever the object had.
+    if (section.info.IsRef() && entry->Id() == section.info.Id()) {
+        entry->role = kRoleDocInfo;
+    } else if (section.root.IsRef() && entry->Id() == section.root.Id()) {
+        entry->role = kRoleCatalog;
+        if (entry->Compressed() && HasSecurityHandler())
+            Report(*this, "Document's Catalog can't be inside of encrypted object stream (Acrobat)");
+    }
+    const pdfObject* object = LoadObject(*this, entry);
+    if (!object) return;
+    ivObjIDScope scope(Control(), entry->num, entry->gen, "Analize %s");
+    RecordReferences(entry, object);
+    AnalyseObject(*this, entry, object);
+}
+
+void ivPdf::RecordReferences(XrefEntry* entry, const pdfObject* object) {
+    // Every reference inside the object, each target once; containers are walked with a stack
+    // since parsed nesting may be deep.
+    std::vector<const pdfObject*> pending{object};
+    std::vector<XrefEntry*> targets;
+    while (!pending.empty()) {
+        const pdfObject* o = pending.back();
+        pending.pop_back();
+        if (const pdfRef* ref = AsRef(o)) {
+            if (XrefEntry* target = FindEntry(*this, ref->Id())) targets.push_back(target);
+        } else if (const pdfStream* s = AsStream(o)) {
+            if (s->dict) pending.push_back(s->dict);
+        } else if (const pdfArray* a = AsArray(o)) {
+            for (std::uint32_t i = a->count; i-- > 0;) pending.push_back(a->Items()[i]);
+        } else if (const pdfDict* d = AsDict(o)) {
+            for (std::uint32_t i = d->count; i-- > 0;) pending.push_back(d->Pairs()[i].value);
+        }
+    }
+    std::unordered_set<const XrefEntry*> seen;
+    for (XrefEntry* target : targets)
+        if (seen.insert(target).second) m_references.emplace_back(target, entry);
+}
+
+void ivPdf::IndexReferrers() {
+    std::stable_sort(m_references.begin(), m_references.end(),
+                     [](const auto& a, const auto& b) { return std::less<>()(a.first, b.first); });
+    m_referrers.clear();
+    m_referrers.reserve(m_references.size());
+    for (std::size_t i = 0; i < m_references.size(); ++i) {
+        XrefEntry* target = m_references[i].first;
+        if (i == 0 || m_references[i - 1].first != target) {
+            target->referrersFirst = static_cast<std::uint32_t>(m_referrers.size());
+            target->referrersCount = 0;
+        }
+        m_referrers.push_back(m_references[i].second);
+        ++target->referrersCount;
+    }
+    m_references.clear();
+    m_references.shrink_to_fit();
+}
+
+std::span<XrefEntry* const> ivPdf::Referrers(const XrefEntry* entry) const {
+    if (!entry->referrersCount) return {};
+    return {m_referrers.data() + entry->referrersFirst, entry->referrersCount};
 }
 
 std::string VersionText(std::uint16_t major, std::uint16_t minor) {

@@ -1,27 +1,75 @@
 #pragma once
 #include <cstdint>
+#include <memory>
+#include <span>
 #include <string>
+#include <vector>
 
+#include "pdf/analysis/pdfPageTree.h"
 #include "pdf/object/pdfDocument.h"
 
-// The document analyser: one per opened file. Open reads the physical structure; Analyse
-// visits every object of every section.
+// The document analyser: one per opened file. Open reads the physical structure, the catalog
+// and the page tree; Analyse visits every object of every section, records who refers to it,
+// gives it its role and checks it, then checks the linearization.
 class ivPdf : public pdfDocument {
 public:
     ivPdf(ivRef<ivStream> file, std::string fileName, ivIOControl* control);
+    ~ivPdf() override;
 
-    // Header, "startxref", the chain of sections, object sizes. A failure code when the
-    // header or the newest section's position cannot be read, or a section ends in error.
+    // A failure code when the header or the newest section's position cannot be read, or a
+    // section ends in error; 0 otherwise (also for an empty document).
     ivStatus Open();
-    // Loads every entry of every section, newest section first. Always 0 (or kOutOfMemory).
+    // Always 0 (kOutOfMemory if memory runs out).
     ivStatus Analyse();
 
     const std::string& FileName() const { return m_fileName; }
 
+    // The pages in tree order; a page listed twice in Kids is here twice.
+    const std::vector<pdfPage*>& Pages() const { return m_pages; }
+    const pdfTree* RootTree() const { return m_root.get(); }
+    void AddPage(pdfPage* page) { m_pages.push_back(page); }
+    void SetRootTree(std::unique_ptr<pdfTree> root) { m_root = std::move(root); }
+
+    ObjId CatalogId() const { return m_catalogId; }
+    const pdfObject* Catalog() const { return m_catalog; }
+
+    // The entries whose objects refer to `entry`'s object, in the order they were met.
+    std::span<XrefEntry* const> Referrers(const XrefEntry* entry) const;
+
+    // Nesting of the analysis's recursive walks, bounded so no file can exhaust the stack.
+    int& WalkDepth() { return m_walkDepth; }
+
 private:
     ivStatus ReadSectionChain();
+    void ReadCatalogAndPages();
+    void AnalyseEntry(const XrefSection& section, XrefEntry* entry);
+    void RecordReferences(XrefEntry* entry, const pdfObject* object);
+    void IndexReferrers();
 
     std::string m_fileName;
+    std::vector<pdfPage*> m_pages;
+    std::unique_ptr<pdfTree> m_root;
+    ObjId m_catalogId;
+    const pdfObject* m_catalog = nullptr;
+    int m_walkDepth = 0;
+
+    // (target, referrer) pairs as recorded, then grouped by target once the analysis ends.
+    std::vector<std::pair<XrefEntry*, XrefEntry*>> m_references;
+    std::vector<XrefEntry*> m_referrers;  // grouped by target; entries hold their range
+};
+
+// Guards one level of a recursive walk: Ok() is false (after a message) beyond the limit.
+class AnalysisDepth {
+public:
+    static constexpr int kLimit = 200;
+    explicit AnalysisDepth(ivPdf& doc);
+    ~AnalysisDepth() { --m_depth; }
+    AnalysisDepth(const AnalysisDepth&) = delete;
+    AnalysisDepth& operator=(const AnalysisDepth&) = delete;
+    bool Ok() const { return m_depth <= kLimit; }
+
+private:
+    int& m_depth;
 };
 
 // "%d.%d (%s)": the header version with the Acrobat release that introduced it.

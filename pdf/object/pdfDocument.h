@@ -75,6 +75,9 @@ public:
     const std::vector<pdfStream*>& Streams() const { return m_streams; }
     ObjStmIndex* NewObjStmIndex();
 
+    // True once a standard security handler decrypts this document's strings and streams.
+    bool HasSecurityHandler() const { return m_hasSecurityHandler; }
+
     std::uint16_t VersionMajor() const { return m_versionMajor; }
     std::uint16_t VersionMinor() const { return m_versionMinor; }
     void SetVersion(std::uint16_t major, std::uint16_t minor) {
@@ -96,4 +99,5 @@ private:
     std::vector<std::unique_ptr<ObjStmIndex>> m_objStmIndexes;
     std::uint16_t m_versionMajor = 0, m_versionMinor = 0;
     int m_loadDepth = 0;
+    bool m_hasSecurityHandler = false;
 };

@@ -76,7 +76,9 @@ std::string Describe(const XrefEntry& e) {
 }
 
 std::vector<std::string> Describe(const XrefSection& s) {
+    // The entries as read; placeholders for objects looked up later (the catalog and the
+    // page tree are read during open) are not the reader's.
     std::vector<std::string> out;
-    s.ForEachEntry([&](const XrefEntry* e) { out.push_back(Describe(*e)); });
+    for (const XrefEntry* e : s.entries) out.push_back(Describe(*e));
     return out;
 }

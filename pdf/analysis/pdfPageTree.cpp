@@ -1,0 +1,136 @@
+#include "pdf/analysis/pdfPageTree.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+#include "pdf/analysis/ivPdf.h"
+#include "pdf/analysis/pdfRoleRegistry.h"
+#include "pdf/object/pdfAccessors.h"
+#include "pdf/object/pdfDiagnostics.h"
+#include "pdf/object/pdfObjectAccess.h"
+
+namespace {
+
+constexpr std::uint8_t kRolePage = 6;
+
+// One walk from the catalog's Pages: the tree nodes met so far, so that Kids that lead back
+// to a node (or list a node twice) do not make the walk endless.
+class PageTreeWalker {
+public:
+    explicit PageTreeWalker(ivPdf& doc) : m_doc(doc) {}
+    ivStatus Walk(const pdfObject* value, pdfTree* parent);
+
+private:
+    ivStatus WalkTreeNode(const pdfObject* dict, ObjId id, pdfTree* parent);
+    bool OnPath(const pdfTree* node, const pdfObject* dict) const;
+
+    ivPdf& m_doc;
+    std::unordered_set<const pdfObject*> m_treeNodes;
+};
+
+ivStatus PageTreeWalker::Walk(const pdfObject* value, pdfTree* parent) {
+    if (!value) return kInvalidArg;
+    ObjId id;
+    XrefEntry* entry = nullptr;
+    if (const pdfRef* ref = AsRef(value)) {
+        id = ref->Id();
+        entry = FindEntry(m_doc, id);
+        value = ResolveRef(m_doc, id);
+        if (!value) return kNotFound;
+    }
+    if (!AsDict(value)) {
+        Report(m_doc, "Not a dictionary");
+        return kOk;
+    }
+    const pdfObject* type = DictGet(value, "Type");
+    if (!AsTextValued(type)) return kOk;  // silently skipped
+    if (TextEquals(type, "Page")) {
+        SetRole(m_doc, value, entry, kRolePage);
+        if (!parent) {
+            Report(m_doc, "Page is not expected here");
+            return kOk;
+        }
+        auto* page = static_cast<pdfPage*>(parent->Add(std::make_unique<pdfPage>(value, id, parent)));
+        m_doc.AddPage(page);
+        return kOk;
+    }
+    if (TextEquals(type, "Pages")) return WalkTreeNode(value, id, parent);
+    return kOk;
+}
+
+bool PageTreeWalker::OnPath(const pdfTree* node, const pdfObject* dict) const {
+    for (; node; node = node->Parent())
+        if (node->Object() == dict) return true;
+    return false;
+}
+
+ivStatus PageTreeWalker::WalkTreeNode(const pdfObject* dict, ObjId id, pdfTree* parent) {
+    if (!m_treeNodes.insert(dict).second) {
+        if (OnPath(parent, dict))
+            Report(m_doc, "Page tree node %d %d R is its own ancestor; its Kids are not walked again",
+                   static_cast<int>(id.num), id.gen);
+        else
+            Report(m_doc, "Page tree node %d %d R is listed more than once; its Kids are walked once",
+                   static_cast<int>(id.num), id.gen);
+        return kOk;
+    }
+    AnalysisDepth depth(m_doc);
+    if (!depth.Ok()) return kFail;
+    auto node = std::make_unique<pdfTree>(dict, id, parent);
+    pdfTree* tree = node.get();
+    if (parent)
+        parent->Add(std::move(node));
+    else
+        m_doc.SetRootTree(std::move(node));
+    DictGet(dict, "Count");  // looked up, not compared: the walk trusts Kids alone
+    if (const pdfArray* kids = AsArray(Deref(m_doc, DictGet(dict, "Kids"))))
+        for (const pdfObject* kid : kids->Elements()) Walk(kid, tree);
+    return kOk;
+}
+
+}  // namespace
+
+ivStatus WalkPageTree(ivPdf& doc, const pdfObject* value, pdfTree* parent) {
+    return PageTreeWalker(doc).Walk(value, parent);
+}
+
+const pdfObject* GetPageAttribute(ivPdf& doc, const pdfPage& page, const char* key, int expectedType, bool inherit) {
+    const pdfHierachy* node = &page;
+    for (; node; node = inherit ? node->Parent() : nullptr) {
+        if (!AsDict(node->Object())) {
+            Report(doc, "Not a dictionary");
+            continue;
+        }
+        const pdfObject* value = DictGet(node->Object(), key);
+        if (!value) continue;
+        value = Deref(doc, value);
+        if (!value) return nullptr;  // an unresolvable reference, reported where it was looked up
+        if (expectedType == 0 || value->tag == expectedType) return value;
+        Report(doc, "Page Attribute has an invalid type");
+        return nullptr;
+    }
+    return nullptr;
+}
+
+bool GetMediaBox(ivPdf& doc, const pdfPage& page, pdfRect& rect) {
+    const pdfArray* box = AsArray(GetPageAttribute(doc, page, "MediaBox", kTagArray, true));
+    if (!box || box->count != 4) return false;
+    double c[4] = {0, 0, 0, 0};
+    for (std::uint32_t i = 0; i < 4; ++i) {
+        double v = 0;  // anything but a number leaves the coordinate at 0
+        if (Succeeded(GetNumber(doc, box->Items()[i], &v))) c[i] = v;
+    }
+    rect = {std::min(c[0], c[2]), std::min(c[1], c[3]), std::max(c[0], c[2]), std::max(c[1], c[3])};
+    return true;
+}
+
+void ResolvePageAttributes(ivPdf& doc) {
+    for (pdfPage* page : doc.Pages()) {
+        page->resources = GetPageAttribute(doc, *page, "Resources", kTagDictionary, true);
+        if (AsDict(page->Object()))
+            page->contents = Deref(doc, DictGet(page->Object(), "Contents"));
+        else
+            Report(doc, "Not a dictionary");
+        page->mediaBoxValid = GetMediaBox(doc, *page, page->mediaBox);
+    }
+}
