@@ -1,5 +1,8 @@
 #include "cli/cliJson.h"
 
+#include <charconv>
+#include <cmath>
+
 #include "platform/ivFormat.h"
 
 std::string JsonQuote(std::string_view text) {
@@ -77,6 +80,15 @@ JsonWriter& JsonWriter::String(std::string_view text) {
 JsonWriter& JsonWriter::Number(std::int64_t value) {
     BeforeValue();
     m_out += std::to_string(value);
+    return *this;
+}
+
+JsonWriter& JsonWriter::Real(double value) {
+    if (!std::isfinite(value)) return Null();
+    BeforeValue();
+    char text[32];
+    auto result = std::to_chars(text, text + sizeof text, value);
+    m_out.append(text, result.ptr);
     return *this;
 }
 

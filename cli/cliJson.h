@@ -15,6 +15,8 @@ public:
     JsonWriter& Key(std::string_view key);
     JsonWriter& String(std::string_view text);
     JsonWriter& Number(std::int64_t value);
+    // The shortest text that reads back as the same double; null for infinities and NaN.
+    JsonWriter& Real(double value);
     JsonWriter& Bool(bool value);
     JsonWriter& Null();
     // A text, or null when `text` is null.

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cli/cliJson.h"
+#include "pdf/analysis/pdfPageLabel.h"
 #include "pdf/analysis/pdfRoles.h"
 #include "pdf/object/pdfObjectText.h"
 
@@ -49,7 +50,7 @@ void JsonOptional(JsonWriter& w, const std::optional<std::string>& v) {
         w.Null();
 }
 
-void JsonEntry(JsonWriter& w, const XrefEntry* e) {
+void JsonEntry(JsonWriter& w, const ivPdf& doc, const XrefEntry* e) {
     w.BeginObject();
     w.Key("obj").Number(e->num).Key("gen").Number(e->gen);
     w.Key("offset");
@@ -65,11 +66,13 @@ void JsonEntry(JsonWriter& w, const XrefEntry* e) {
     w.Key("role").Number(e->role);
     w.Key("role_name").StringOrNull(e->role ? RoleTitle(e->role) : nullptr);
     w.Key("type").StringOrNull(TypeOf(e));
-    w.Key("referrers").BeginArray().EndArray();
+    w.Key("referrers").BeginArray();
+    for (const XrefEntry* r : doc.Referrers(e)) w.String(IdText(r->num, r->gen));
+    w.EndArray();
     w.EndObject();
 }
 
-void JsonSection(JsonWriter& w, const XrefSection& s, int revision) {
+void JsonSection(JsonWriter& w, const ivPdf& doc, const XrefSection& s, int revision) {
     w.BeginObject();
     w.Key("offset").Number(s.offset).Key("prev").Number(s.prev).Key("size").Number(s.size);
     w.Key("xref_stm").Number(s.xrefStm);
@@ -90,7 +93,7 @@ void JsonSection(JsonWriter& w, const XrefSection& s, int revision) {
     JsonOptional(w, TrailerValue(s.id, true));
     w.EndObject();
     w.Key("entries").BeginArray();
-    s.ForEachEntry([&w](const XrefEntry* e) { JsonEntry(w, e); });
+    s.ForEachEntry([&](const XrefEntry* e) { JsonEntry(w, doc, e); });
     w.EndArray();
     w.EndObject();
 }
@@ -129,6 +132,32 @@ void JsonMessages(JsonWriter& w, const ivIOControl& control) {
     w.Key("message_count").Number(static_cast<std::int64_t>(control.MessageCount()));
 }
 
+void JsonInfo(JsonWriter& w, const std::optional<pdfDocInfo>& info) {
+    if (!info) {
+        w.Null();
+        return;
+    }
+    const std::pair<const char*, const std::optional<std::string>*> fields[] = {
+        {"Title", &info->title},     {"Author", &info->author},   {"Subject", &info->subject},
+        {"Keywords", &info->keywords}, {"Creator", &info->creator}, {"Producer", &info->producer}};
+    w.BeginObject();
+    for (const auto& [key, value] : fields) {
+        w.Key(key);
+        JsonOptional(w, *value);
+    }
+    w.EndObject();
+}
+
+void JsonPage(JsonWriter& w, std::size_t index, const pdfPage& page) {
+    w.BeginObject().Key("number").Number(static_cast<std::int64_t>(index + 1));
+    w.Key("obj").Number(page.Id().num).Key("gen").Number(page.Id().gen);
+    const pdfRect& box = page.mediaBox;
+    w.Key("media_box").BeginArray().Real(box.left).Real(box.bottom).Real(box.right).Real(box.top).EndArray();
+    w.Key("media_box_valid").Bool(page.mediaBoxValid);
+    w.Key("label").String(PageLabel(index, page));
+    w.EndObject();
+}
+
 bool HasVersion(const ReportData& data) { return data.doc && (data.doc->VersionMajor() || data.doc->VersionMinor()); }
 
 }  // namespace
@@ -150,16 +179,23 @@ std::string JsonReport(const ReportData& data) {
     } else {
         w.Null();
     }
-    w.Key("page_count").Number(0);
+    w.Key("page_count").Number(data.doc ? static_cast<std::int64_t>(data.doc->Pages().size()) : 0);
     w.Key("encryption").Null();
-    w.Key("info").Null();
+    w.Key("info");
+    JsonInfo(w, data.info);
     w.Key("sections").BeginArray();
     if (data.doc) {
         const auto& sections = data.doc->Sections();
-        for (std::size_t i = 0; i < sections.size(); ++i) JsonSection(w, *sections[i], RevisionOf(i, sections.size()));
+        for (std::size_t i = 0; i < sections.size(); ++i)
+            JsonSection(w, *data.doc, *sections[i], RevisionOf(i, sections.size()));
     }
     w.EndArray();
-    w.Key("pages").BeginArray().EndArray();
+    w.Key("pages").BeginArray();
+    if (data.doc) {
+        const auto& pages = data.doc->Pages();
+        for (std::size_t i = 0; i < pages.size(); ++i) JsonPage(w, i, *pages[i]);
+    }
+    w.EndArray();
     JsonMessages(w, data.control);
     w.EndObject();
     return w.Text();
@@ -167,7 +203,7 @@ std::string JsonReport(const ReportData& data) {
 
 namespace {
 
-std::string EntryLine(const XrefEntry* e) {
+std::string EntryLine(const ivPdf& doc, const XrefEntry* e) {
     std::string where = e->Compressed() ? ivFormat("in %d 0 R #%d", static_cast<int>(e->objStm), static_cast<int>(e->offset))
                                         : ivFormat("at %u", e->offset);
     std::string line = ivFormat("  %-12s %-20s", IdText(e->num, e->gen).c_str(), where.c_str());
@@ -176,11 +212,16 @@ std::string EntryLine(const XrefEntry* e) {
     if (const char* title = e->role ? RoleTitle(e->role) : nullptr) line += ivFormat(" %s", title);
     if (e->role && !RoleTitle(e->role)) line += ivFormat(" role %d", e->role);
     if (const char* type = TypeOf(e)) line += std::string(" /") + type;
+    if (auto refs = doc.Referrers(e); !refs.empty()) {
+        line += " <-";
+        for (std::size_t i = 0; i < refs.size() && i < 6; ++i) line += " " + IdText(refs[i]->num, refs[i]->gen);
+        if (refs.size() > 6) line += ivFormat(" and %zu more", refs.size() - 6);
+    }
     while (!line.empty() && line.back() == ' ') line.pop_back();
     return ivTextToUtf8(line) + "\n";
 }
 
-std::string SectionText(const XrefSection& s, int revision) {
+std::string SectionText(const ivPdf& doc, const XrefSection& s, int revision) {
     std::string out = ivFormat("\n%s at %u (0x%xh): %zu entries, Size %u, Prev %u", s.xrefStream ? "XREF stream" : "XREF table",
                                s.offset, s.offset, s.EntryCount(), s.size, s.prev);
     if (s.xrefStm) out += ivFormat(", XRefStm %u", s.xrefStm);
@@ -196,7 +237,30 @@ std::string SectionText(const XrefSection& s, int revision) {
         any = true;
     }
     out += any ? "\n" : " none\n";
-    s.ForEachEntry([&out](const XrefEntry* e) { out += EntryLine(e); });
+    s.ForEachEntry([&](const XrefEntry* e) { out += EntryLine(doc, e); });
+    return out;
+}
+
+std::string PagesText(const ivPdf& d) {
+    std::string out = ivFormat("\nPages: %zu\n", d.Pages().size());
+    for (std::size_t i = 0; i < d.Pages().size(); ++i) {
+        const pdfPage& p = *d.Pages()[i];
+        const pdfRect& b = p.mediaBox;
+        out += ivFormat("  %-28s %-12s", PageLabel(i, p).c_str(), IdText(p.Id().num, p.Id().gen).c_str());
+        out += p.mediaBoxValid ? ivFormat("MediaBox [%g %g %g %g]\n", b.left, b.bottom, b.right, b.top)
+                               : std::string("no valid MediaBox\n");
+    }
+    return out;
+}
+
+std::string InfoText(const std::optional<pdfDocInfo>& info) {
+    if (!info) return "\nInfo: none\n";
+    std::string out = "\nInfo:\n";
+    const std::pair<const char*, const std::optional<std::string>*> fields[] = {
+        {"Title", &info->title},     {"Author", &info->author},   {"Subject", &info->subject},
+        {"Keywords", &info->keywords}, {"Creator", &info->creator}, {"Producer", &info->producer}};
+    for (const auto& [key, value] : fields)
+        if (*value) out += std::string("  ") + key + ": " + **value + "\n";
     return out;
 }
 
@@ -220,11 +284,13 @@ std::string TextReport(const ReportData& data) {
     std::string out = "File:     " + ivTextToUtf8(data.path) + "\n";
     out += ivFormat("Size:     %llu bytes\n", static_cast<unsigned long long>(d.FileSize()));
     out += "Version:  " + (HasVersion(data) ? VersionText(d.VersionMajor(), d.VersionMinor()) : "none") + "\n";
-    out += "Pages:    0\n";
+    out += ivFormat("Pages:    %zu\n", d.Pages().size());
     out += "Status:   open " + StatusText(data.openStatus) + ", analyse " + StatusText(data.analyseStatus) + "\n";
     const auto& sections = d.Sections();
     out += ivFormat("Sections: %zu\n", sections.size());
-    for (std::size_t i = 0; i < sections.size(); ++i) out += SectionText(*sections[i], RevisionOf(i, sections.size()));
+    for (std::size_t i = 0; i < sections.size(); ++i) out += SectionText(d, *sections[i], RevisionOf(i, sections.size()));
+    out += PagesText(d);
+    out += InfoText(data.info);
     out += "\n" + MessageTreeText(data.control);
     return out;
 }

@@ -1,8 +1,10 @@
 #pragma once
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "pdf/analysis/ivPdf.h"
+#include "pdf/analysis/pdfDocInfo.h"
 #include "pdf/object/pdfDiagnostics.h"
 #include "platform/ivStatus.h"
 
@@ -14,6 +16,7 @@ struct ReportData {
     std::unique_ptr<ivPdf> doc;
     ivStatus openStatus = kOk;
     ivStatus analyseStatus = kOk;
+    std::optional<pdfDocInfo> info;
 };
 
 // The JSON report (one line, no line break at the end).

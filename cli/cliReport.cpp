@@ -1,14 +1,17 @@
 #include "cli/cliReport.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 
 #include "cli/cliJson.h"
 #include "cli/cliRender.h"
 #include "pdf/analysis/ivPdf.h"
+#include "pdf/analysis/pdfContents.h"
 #include "pdf/decode/pdfFilterChain.h"
 #include "pdf/object/pdfDiagnostics.h"
 #include "pdf/object/pdfObjectAccess.h"
+#include "pdf/object/pdfObjectText.h"
 #include "platform/ivFileStream.h"
 
 namespace {
@@ -52,6 +55,7 @@ FileOutcome AnalyseFile(const std::string& path, const CliOptions& options) {
         data.doc = std::make_unique<ivPdf>(file.stream, path, &data.control);
         data.openStatus = data.doc->Open();
         data.analyseStatus = data.doc->Analyse();
+        data.info = ReadDocInfo(*data.doc);
         outcome.exitStatus = ExitStatusOf(data);
     }
     if (options.quiet) return outcome;
@@ -62,7 +66,12 @@ FileOutcome AnalyseFile(const std::string& path, const CliOptions& options) {
     return outcome;
 }
 
-FileOutcome WriteStreamData(const std::string& path, const CliOptions& options) {
+namespace {
+
+// Opens a file for a query (--stream, --contents): runs `query` on the opened document, then
+// puts the messages on standard error and sets the exit status.
+FileOutcome RunQuery(const std::string& path, const CliOptions& options,
+                     const std::function<void(ivPdf&, FileOutcome&)>& query) {
     FileOutcome outcome;
     OpenedFile file = OpenFile(path);
     if (!file.stream) {
@@ -73,27 +82,57 @@ FileOutcome WriteStreamData(const std::string& path, const CliOptions& options) 
     ReportData data;
     data.doc = std::make_unique<ivPdf>(file.stream, path, &data.control);
     data.openStatus = data.doc->Open();
-    if (Succeeded(data.openStatus)) {
-        pdfObject* obj = ResolveRef(*data.doc, {options.streamNum, options.streamGen});
-        if (obj) {
-            pdfDecodedStream decoded;
-            ivStatus st = options.raw ? OpenRawStream(*data.doc, obj, decoded)
-                                      : OpenDecodedStream(*data.doc, obj, FindEntryByRecord(*data.doc, obj), decoded);
-            if (decoded.stream && (Succeeded(st) || !options.raw)) {
-                std::string bytes;
-                if (Failed(ivReadAll(*decoded.stream, bytes))) {
-                    std::string why = decoded.stream->ErrorText();
-                    Report(*data.doc, "Read error: %s after reading %d bytes", why.empty() ? "unknown" : why.c_str(),
-                           static_cast<int>(bytes.size()));
-                }
-                outcome.out = std::move(bytes);
-            }
-        }
-    }
-    outcome.exitStatus = ExitStatusOf(data);
-    if (!options.quiet && data.control.MessageCount()) outcome.err = MessageTreeText(data.control);
-    if (Failed(data.openStatus) && !options.quiet)
-        outcome.err += ivFormat("vantrel-cli: %s could not be opened (0x%08X)\n", path.c_str(),
-                                static_cast<unsigned>(data.openStatus));
+    if (Succeeded(data.openStatus)) query(*data.doc, outcome);
+    outcome.exitStatus = std::max(outcome.exitStatus, ExitStatusOf(data));
+    if (options.quiet) return outcome;
+    std::string problems = data.control.MessageCount() ? MessageTreeText(data.control) : "";
+    if (Failed(data.openStatus))
+        problems += ivFormat("vantrel-cli: %s could not be opened (0x%08X)\n", path.c_str(),
+                             static_cast<unsigned>(data.openStatus));
+    outcome.err = problems + outcome.err;
     return outcome;
+}
+
+void WriteStream(ivPdf& doc, const CliOptions& options, FileOutcome& outcome) {
+    pdfObject* obj = ResolveRef(doc, {options.streamNum, options.streamGen});
+    if (!obj) return;
+    pdfDecodedStream decoded;
+    ivStatus st = options.raw ? OpenRawStream(doc, obj, decoded)
+                              : OpenDecodedStream(doc, obj, FindEntryByRecord(doc, obj), decoded);
+    if (!decoded.stream || (options.raw && Failed(st))) return;
+    if (Failed(ivReadAll(*decoded.stream, outcome.out))) {
+        std::string why = decoded.stream->ErrorText();
+        Report(doc, "Read error: %s after reading %d bytes", why.empty() ? "unknown" : why.c_str(),
+               static_cast<int>(outcome.out.size()));
+    }
+}
+
+void WriteContents(ivPdf& doc, const CliOptions& options, FileOutcome& outcome) {
+    std::uint32_t page = *options.contentsPage;
+    if (page > doc.Pages().size()) {
+        outcome.err = ivFormat("vantrel-cli: page %u asked for, but the document has %zu pages\n", page,
+                               doc.Pages().size());
+        outcome.exitStatus = kExitMessages;
+        return;
+    }
+    std::shared_ptr<const pdfContentOps> ops;
+    ReadPageContents(doc, doc.Pages()[page - 1]->Object(), ops);
+    if (!ops) return;
+    for (const pdfOperation& op : SplitOperations(*ops)) {
+        std::string line;
+        for (const pdfObject* operand : op.operands) line += ObjectText(operand) + " ";
+        if (op.op) line += TokenText(op.op);
+        while (!line.empty() && line.back() == ' ') line.pop_back();
+        outcome.out += ivTextToUtf8(line) + "\n";
+    }
+}
+
+}  // namespace
+
+FileOutcome WriteStreamData(const std::string& path, const CliOptions& options) {
+    return RunQuery(path, options, [&](ivPdf& doc, FileOutcome& o) { WriteStream(doc, options, o); });
+}
+
+FileOutcome WriteContentOperations(const std::string& path, const CliOptions& options) {
+    return RunQuery(path, options, [&](ivPdf& doc, FileOutcome& o) { WriteContents(doc, options, o); });
 }

@@ -21,3 +21,7 @@ FileOutcome AnalyseFile(const std::string& path, const CliOptions& options);
 // Opens one file and writes the data of the requested stream object (decoded, or stored with
 // --raw) to `out`; messages go to `err`.
 FileOutcome WriteStreamData(const std::string& path, const CliOptions& options);
+
+// Opens one file and writes the content operations of the requested page, one a line:
+// the operands' texts, then the operator.
+FileOutcome WriteContentOperations(const std::string& path, const CliOptions& options);

@@ -73,13 +73,13 @@ int main(int argc, char** argv) {
         case CliAction::Run:
             break;
     }
-    if (options.contentsPage || options.exportDir) {
-        std::fprintf(stderr, "vantrel-cli: %s is not available in this version yet\n",
-                     options.contentsPage ? "--contents" : "--export-images");
+    if (options.exportDir) {
+        std::fprintf(stderr, "vantrel-cli: --export-images is not available in this version yet\n");
         return kExitUsage;
     }
-    if (options.streamRequested) {
-        FileOutcome o = WriteStreamData(options.files.front(), options);
+    if (options.streamRequested || options.contentsPage) {
+        FileOutcome o = options.streamRequested ? WriteStreamData(options.files.front(), options)
+                                                : WriteContentOperations(options.files.front(), options);
         Emit(o);
         return o.exitStatus;
     }

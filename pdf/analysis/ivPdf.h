@@ -3,6 +3,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "pdf/analysis/pdfPageTree.h"
@@ -36,6 +37,15 @@ public:
     // The entries whose objects refer to `entry`'s object, in the order they were met.
     std::span<XrefEntry* const> Referrers(const XrefEntry* entry) const;
 
+    // Parsed content streams, kept until the document is closed.
+    std::shared_ptr<const std::vector<pdfObject*>> CachedContents(const pdfObject* stream) const {
+        auto it = m_contents.find(stream);
+        return it != m_contents.end() ? it->second : nullptr;
+    }
+    void CacheContents(const pdfObject* stream, std::shared_ptr<const std::vector<pdfObject*>> ops) {
+        m_contents[stream] = std::move(ops);
+    }
+
     // Nesting of the analysis's recursive walks, bounded so no file can exhaust the stack.
     int& WalkDepth() { return m_walkDepth; }
 
@@ -56,6 +66,7 @@ private:
     // (target, referrer) pairs as recorded, then grouped by target once the analysis ends.
     std::vector<std::pair<XrefEntry*, XrefEntry*>> m_references;
     std::vector<XrefEntry*> m_referrers;  // grouped by target; entries hold their range
+    std::unordered_map<const pdfObject*, std::shared_ptr<const std::vector<pdfObject*>>> m_contents;
 };
 
 // Guards one level of a recursive walk: Ok() is false (after a message) beyond the limit.

@@ -11,7 +11,7 @@ pdfParser::pdfParser(const pdfDocument* owner, ivRef<ivStream> stream, std::uint
     if (start == kKeepPosition) start = static_cast<std::uint32_t>(m_stream->Position());
     m_bufferPos = start;
     auto whole = m_stream->Contiguous();
-    if (!whole.empty() || m_stream->Size() == 0) {
+    if (!whole.empty()) {
         m_inMemory = true;
         std::size_t from = std::min<std::size_t>(start, whole.size());
         std::size_t n = std::min<std::size_t>(whole.size() - from, limit);
@@ -31,8 +31,10 @@ ivStatus pdfParser::Fill() {
     m_begin = m_cur = m_end = m_buffer.data();
     std::uint32_t want = std::min<std::uint32_t>(m_limit, static_cast<std::uint32_t>(m_buffer.size()));
     if (want == 0) return kFail;
-    // Seek each time: other readers may have moved the shared stream meanwhile.
-    std::int64_t at = m_stream->Seek(m_bufferPos, ivSeekOrigin::Begin);
+    // Other readers may have moved a shared stream meanwhile; streams that only read forward
+    // (an inflating one) are never shared, so they need no seek.
+    std::int64_t at = m_bufferPos;
+    if (m_stream->Position() != m_bufferPos) at = m_stream->Seek(m_bufferPos, ivSeekOrigin::Begin);
     std::uint32_t got = 0;
     ivStatus st = at < 0 ? static_cast<ivStatus>(at) : m_stream->Read(m_buffer.data(), want, &got);
     m_total += got;

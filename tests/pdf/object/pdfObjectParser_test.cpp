@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "pdf/object/pdfAccessors.h"
+#include "pdf/object/pdfInlineImage.h"
 #include "pdf/object/pdfObjectText.h"
 #include "pdf/object/pdfParser.h"
 #include "pdf/object/pdfParserW.h"
@@ -191,9 +192,23 @@ TEST(ObjectParser, DeepNestingStopsWithAMessage) {
 }
 
 TEST(ObjectParser, InlineImages) {
+    // The image becomes one operation: the image record, then "EI".
     Parsed p = Parse("BI /W 2 /H 1 ID \x01\x02 EI Q", kParseContent);
-    EXPECT_EQ(p.values, (Strings{"Key BI", "Name /W", "Int 2", "Name /H", "Int 1", "Key ID", "*** [inline image]", "Key Q"}));
+    EXPECT_EQ(p.values, (Strings{"*** [inline image]", "Key EI", "Key Q"}));
     EXPECT_TRUE(p.messages.empty());
+
+    RecordingControl ctl;
+    auto doc = DocFromBytes("", &ctl);
+    pdfParser src(doc.get(), MemStream("BI /W 2 /H (x) /CS /G /BPC 8 /F /AHx ID 0aff> EI"), 0);
+    ObjList list;
+    ParseObjects(*doc, src, list, kParseContent);
+    ASSERT_EQ(list.items.size(), 2u);
+    const auto* image = static_cast<const pdfInlineImage*>(list.items[0]);
+    EXPECT_EQ(ObjectText(image->params), "<< /Width 2 /Height (x) /ColorSpace /DeviceGray /BitsPerComponent 8 /Filter /AHx >>");
+    EXPECT_EQ(std::string(image->Bytes().begin(), image->Bytes().end()), "0aff>");
+    EXPECT_EQ(ctl.Texts(), Strings{"Number is Expected"});  // the Height
+    p = Parse("BI /W 1 ID abc", kParseContent);  // no EI: the data runs to the end
+    EXPECT_EQ(p.messages, Strings{"Inline image data is not followed by EI Stream Position:14, 0xeh"});
     p = Parse("ID x", kParseContent);
     EXPECT_EQ(p.messages, Strings{"There was no BI previously Stream Position:3, 0x3h"});
     p = Parse("BI BI", kParseContent);

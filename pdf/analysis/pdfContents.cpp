@@ -1,0 +1,72 @@
+#include "pdf/analysis/pdfContents.h"
+
+#include "pdf/analysis/ivPdf.h"
+#include "pdf/decode/pdfFilterChain.h"
+#include "pdf/object/pdfAccessors.h"
+#include "pdf/object/pdfDiagnostics.h"
+#include "pdf/object/pdfObjectAccess.h"
+#include "pdf/object/pdfObjectParser.h"
+#include "pdf/object/pdfParser.h"
+
+ivStatus ReadContentStream(ivPdf& doc, const pdfObject* stream, std::shared_ptr<const pdfContentOps>& ops) {
+    ivObjScope scope(doc.Control(), stream, doc, "Accessing stream %s");
+    ops.reset();
+    if (!stream) return kMissing;
+    if (auto cached = doc.CachedContents(stream)) {
+        ops = cached;
+        return kOk;
+    }
+    pdfDecodedStream decoded;
+    if (ivStatus st = OpenDecodedStream(doc, stream, FindEntryByRecord(doc, stream), decoded); Failed(st)) return st;
+    pdfParser source(&doc, decoded.stream, 0);
+    ObjList list;
+    if (ivStatus st = ParseObjects(doc, source, list, kParseContent); Failed(st)) return st;
+    auto parsed = std::make_shared<const pdfContentOps>(std::move(list.items));
+    doc.CacheContents(stream, parsed);
+    ops = std::move(parsed);
+    return kOk;
+}
+
+ivStatus ReadPageContents(ivPdf& doc, const pdfObject* page, std::shared_ptr<const pdfContentOps>& ops) {
+    ivObjScope scope(doc.Control(), page, doc, "Reading Contents of Page %s");
+    ops.reset();
+    if (!AsDict(page)) {
+        Report(doc, "Not a dictionary");
+        return kFail;
+    }
+    const pdfObject* contents = DictGet(page, "Contents");
+    if (!contents) return kFail;
+    contents = Deref(doc, contents);
+    if (AsStream(contents)) return ReadContentStream(doc, contents, ops);
+    const pdfArray* streams = AsArray(contents);
+    if (!streams || streams->count == 0) return kFail;
+    auto combined = std::make_shared<pdfContentOps>();
+    bool any = false;
+    for (const pdfObject* item : streams->Elements()) {
+        item = Deref(doc, item);
+        if (!item) continue;
+        if (!AsStream(item)) {
+            Report(doc, "Not a stream");
+            continue;
+        }
+        std::shared_ptr<const pdfContentOps> part;
+        if (Failed(ReadContentStream(doc, item, part))) continue;
+        combined->insert(combined->end(), part->begin(), part->end());
+        any = true;
+    }
+    if (!any) return kFail;
+    ops = std::move(combined);
+    return kOk;
+}
+
+std::vector<pdfOperation> SplitOperations(const pdfContentOps& ops) {
+    std::vector<pdfOperation> out;
+    std::size_t start = 0;
+    for (std::size_t i = 0; i < ops.size(); ++i) {
+        if (ops[i]->tag != kTagKey) continue;
+        out.push_back({{ops.data() + start, i - start}, ops[i]});
+        start = i + 1;
+    }
+    if (start < ops.size()) out.push_back({{ops.data() + start, ops.size() - start}, nullptr});
+    return out;
+}
