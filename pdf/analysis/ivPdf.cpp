@@ -102,9 +102,11 @@ void ivPdf::AnalyseEntry(const XrefSection& section, XrefEntry* entry) {
 
 void ivPdf::RecordReferences(XrefEntry* entry, const pdfObject* object) {
     // Every reference inside the object, each target once; containers are walked with a stack
-    // since parsed nesting may be deep.
-    std::vector<const pdfObject*> pending{object};
-    std::vector<XrefEntry*> targets;
+    // since parsed nesting may be deep. The buffers are reused from one object to the next.
+    std::vector<const pdfObject*>& pending = m_scratchPending;
+    std::vector<XrefEntry*>& targets = m_scratchTargets;
+    pending.assign(1, object);
+    targets.clear();
     while (!pending.empty()) {
         const pdfObject* o = pending.back();
         pending.pop_back();
@@ -113,14 +115,14 @@ void ivPdf::RecordReferences(XrefEntry* entry, const pdfObject* object) {
         } else if (const pdfStream* s = AsStream(o)) {
             if (s->dict) pending.push_back(s->dict);
         } else if (const pdfArray* a = AsArray(o)) {
-            for (std::uint32_t i = a->count; i-- > 0;) pending.push_back(a->Items()[i]);
+            pending.insert(pending.end(), a->Items(), a->Items() + a->count);
         } else if (const pdfDict* d = AsDict(o)) {
-            for (std::uint32_t i = d->count; i-- > 0;) pending.push_back(d->Pairs()[i].value);
+            for (const pdfPair& p : d->Entries()) pending.push_back(p.value);
         }
     }
-    std::unordered_set<const XrefEntry*> seen;
-    for (XrefEntry* target : targets)
-        if (seen.insert(target).second) m_references.emplace_back(target, entry);
+    std::sort(targets.begin(), targets.end());
+    targets.erase(std::unique(targets.begin(), targets.end()), targets.end());
+    for (XrefEntry* target : targets) m_references.emplace_back(target, entry);
 }
 
 void ivPdf::IndexReferrers() {

@@ -66,6 +66,8 @@ private:
     // (target, referrer) pairs as recorded, then grouped by target once the analysis ends.
     std::vector<std::pair<XrefEntry*, XrefEntry*>> m_references;
     std::vector<XrefEntry*> m_referrers;  // grouped by target; entries hold their range
+    std::vector<const pdfObject*> m_scratchPending;
+    std::vector<XrefEntry*> m_scratchTargets;
     std::unordered_map<const pdfObject*, std::shared_ptr<const std::vector<pdfObject*>>> m_contents;
 };
 

@@ -32,6 +32,14 @@ void pdfDocument::FinishSections() {
     m_index.erase(std::unique(m_index.begin(), m_index.end(),
                               [](const XrefEntry* a, const XrefEntry* b) { return a->Id() == b->Id(); }),
                   m_index.end());
+    // Object numbers are usually dense: then a table by number answers most lookups at once.
+    m_byNumber.clear();
+    std::uint32_t highest = m_index.empty() ? 0 : m_index.back()->num;
+    if (!m_index.empty() && highest < 2 * m_index.size() + 1024) {
+        m_byNumber.assign(std::size_t(highest) + 1, nullptr);
+        for (XrefEntry* e : m_index)
+            if (!m_byNumber[e->num]) m_byNumber[e->num] = e;
+    }
     m_indexed = true;
     m_loaded.Reserve(m_index.size());
 }
@@ -42,9 +50,12 @@ XrefEntry* pdfDocument::LookupEntry(ObjId id) const {
             if (XrefEntry* e = s->Find(id)) return e;
         return nullptr;
     }
-    auto it = std::lower_bound(m_index.begin(), m_index.end(), id,
-                               [](const XrefEntry* e, ObjId want) { return e->Id() < want; });
-    XrefEntry* real = it != m_index.end() && (*it)->Id() == id ? *it : nullptr;
+    XrefEntry* real = id.num < m_byNumber.size() ? m_byNumber[id.num] : nullptr;
+    if (!real || real->gen != id.gen) {
+        auto it = std::lower_bound(m_index.begin(), m_index.end(), id,
+                                   [](const XrefEntry* e, ObjId want) { return e->Id() < want; });
+        real = it != m_index.end() && (*it)->Id() == id ? *it : nullptr;
+    }
     XrefSection* newest = NewestSection();
     // A placeholder in the newest section hides older sections' entries, as a newest-first
     // search would meet it first; entries of the newest section itself come before it.

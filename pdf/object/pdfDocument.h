@@ -93,6 +93,7 @@ private:
     ObjListPool m_lists;
     std::vector<std::unique_ptr<XrefSection>> m_sections;
     std::vector<XrefEntry*> m_index;  // newest entry per id, sorted; built by FinishSections
+    std::vector<XrefEntry*> m_byNumber;  // lowest-generation entry of m_index per number, when dense
     bool m_indexed = false;
     ivPtrMap<pdfObject, XrefEntry> m_loaded;
     std::vector<pdfStream*> m_streams;
