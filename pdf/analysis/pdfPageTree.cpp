@@ -13,19 +13,28 @@ namespace {
 
 constexpr std::uint8_t kRolePage = 6;
 
-// One walk from the catalog's Pages: the tree nodes met so far, so that Kids that lead back
-// to a node (or list a node twice) do not make the walk endless.
+// One walk from the catalog's Pages. Kids that lead back to a node on the path from the root
+// (a cycle) are not followed. A node listed under two parents is walked again, as a page
+// listed twice is listed twice, but only within a budget: trees that share subtrees could
+// otherwise grow exponentially from a small file.
 class PageTreeWalker {
 public:
     explicit PageTreeWalker(ivPdf& doc) : m_doc(doc) {}
     ivStatus Walk(const pdfObject* value, pdfTree* parent);
 
 private:
+    static constexpr long kRevisitBudget = 100000;  // nodes made below nodes walked again
+
     ivStatus WalkTreeNode(const pdfObject* dict, ObjId id, pdfTree* parent);
     bool OnPath(const pdfTree* node, const pdfObject* dict) const;
+    // Counts a node made below a node walked again; false once the budget is spent.
+    bool Spend() { return m_revisiting == 0 || m_budget-- > 0; }
 
     ivPdf& m_doc;
     std::unordered_set<const pdfObject*> m_treeNodes;
+    std::unordered_set<const pdfObject*> m_cutOff;  // nodes reported as listed too many times
+    int m_revisiting = 0;
+    long m_budget = kRevisitBudget;
 };
 
 ivStatus PageTreeWalker::Walk(const pdfObject* value, pdfTree* parent) {
@@ -50,6 +59,7 @@ ivStatus PageTreeWalker::Walk(const pdfObject* value, pdfTree* parent) {
             Report(m_doc, "Page is not expected here");
             return kOk;
         }
+        if (!Spend()) return kOk;
         auto* page = static_cast<pdfPage*>(parent->Add(std::make_unique<pdfPage>(value, id, parent)));
         m_doc.AddPage(page);
         return kOk;
@@ -65,12 +75,15 @@ bool PageTreeWalker::OnPath(const pdfTree* node, const pdfObject* dict) const {
 }
 
 ivStatus PageTreeWalker::WalkTreeNode(const pdfObject* dict, ObjId id, pdfTree* parent) {
-    if (!m_treeNodes.insert(dict).second) {
-        if (OnPath(parent, dict))
-            Report(m_doc, "Page tree node %d %d R is its own ancestor; its Kids are not walked again",
-                   static_cast<int>(id.num), id.gen);
-        else
-            Report(m_doc, "Page tree node %d %d R is listed more than once; its Kids are walked once",
+    const bool again = !m_treeNodes.insert(dict).second;
+    if (again && OnPath(parent, dict)) {
+        Report(m_doc, "Page tree node %d %d R is its own ancestor; its Kids are not walked again",
+               static_cast<int>(id.num), id.gen);
+        return kOk;
+    }
+    if (!Spend() || (again && m_budget <= 0)) {
+        if (m_cutOff.insert(dict).second)
+            Report(m_doc, "Page tree node %d %d R is listed too many times; its Kids are not walked again",
                    static_cast<int>(id.num), id.gen);
         return kOk;
     }
@@ -83,8 +96,10 @@ ivStatus PageTreeWalker::WalkTreeNode(const pdfObject* dict, ObjId id, pdfTree* 
     else
         m_doc.SetRootTree(std::move(node));
     DictGet(dict, "Count");  // looked up, not compared: the walk trusts Kids alone
+    m_revisiting += again;
     if (const pdfArray* kids = AsArray(Deref(m_doc, DictGet(dict, "Kids"))))
         for (const pdfObject* kid : kids->Elements()) Walk(kid, tree);
+    m_revisiting -= again;
     return kOk;
 }
 

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include "cli/cliReport.h"
@@ -63,8 +64,11 @@ TEST(CliGolden, JsonReportsMatchTheCommittedOnes) {
     options.json = true;
     int compared = 0;
     std::vector<fs::path> pdfs;
+    // Files whose report runs to megabytes (a hundred thousand pages) have focused tests instead.
+    const std::set<std::string> tooLarge = {"tree-shared-subtrees.pdf"};
     for (const auto& item : fs::directory_iterator(data))
-        if (item.path().extension() == ".pdf") pdfs.push_back(item.path());
+        if (item.path().extension() == ".pdf" && !tooLarge.count(item.path().filename().string()))
+            pdfs.push_back(item.path());
     std::sort(pdfs.begin(), pdfs.end());
     for (const fs::path& pdf : pdfs) {
         // Reports name the file as given: run from the data folder so they hold the bare name.

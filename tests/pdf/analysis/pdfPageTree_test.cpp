@@ -35,8 +35,8 @@ TEST(PageTree, WalkBuildsThePageList) {
         {"tree-node-without-kids.pdf", {}, {}},  // a Count that disagrees is not checked
         // Kids leading back to an ancestor end the walk there; the page is listed once.
         {"tree-kids-cycle.pdf", {"3"}, {"Page tree node 2 0 R is its own ancestor; its Kids are not walked again"}},
-        // A page listed twice appears twice; a tree node listed twice is walked once.
-        {"tree-listed-twice.pdf", {"5", "5", "3"}, {"Page tree node 4 0 R is listed more than once; its Kids are walked once"}},
+        // A page listed twice appears twice, and so does everything below a node listed twice.
+        {"tree-listed-twice.pdf", {"5", "5", "3", "5", "5"}, {}},
         {"tree-nested-too-deep.pdf", {}, {"Objects are nested too deep to follow"}},
     };
     for (const auto& c : cases) {
@@ -47,14 +47,26 @@ TEST(PageTree, WalkBuildsThePageList) {
     }
 }
 
+TEST(PageTree, SharedSubtreesStopWithinABudget) {
+    // Twenty levels that each list the next one ten times would mean 10^20 pages.
+    OpenedFixture f("tree-shared-subtrees.pdf");
+    EXPECT_LE(f.Doc().Pages().size(), 100001u);
+    EXPECT_GT(f.Doc().Pages().size(), 1000u);
+    Strings messages = AllMessages(f);
+    ASSERT_FALSE(messages.empty());
+    EXPECT_EQ(messages[0].rfind("Page tree node ", 0), 0u);
+    EXPECT_NE(messages[0].find(" is listed too many times; its Kids are not walked again"), std::string::npos);
+}
+
 TEST(PageTree, TreeNodesAndRoles) {
     OpenedFixture f("tree-listed-twice.pdf");
     const pdfTree* root = f.Doc().RootTree();
     ASSERT_NE(root, nullptr);
     EXPECT_EQ(root->Id().num, 2u);
-    ASSERT_EQ(root->Children().size(), 2u);  // the second listing of 4 0 R makes no node
+    ASSERT_EQ(root->Children().size(), 3u);
     EXPECT_EQ(root->Children()[0]->Kind(), kNodeTree);
     EXPECT_EQ(root->Children()[1]->Kind(), kNodePage);
+    EXPECT_NE(root->Children()[0].get(), root->Children()[2].get());  // a node per listing
     EXPECT_EQ(f.Doc().Pages()[0]->Parent()->Id().num, 4u);
     EXPECT_EQ(FindEntry(f.Doc(), {5, 0})->role, 6);  // pages get their role during open
 }
