@@ -11,11 +11,21 @@ std::string JsonQuote(std::string_view text) {
     for (char ch : utf8) {
         auto c = static_cast<unsigned char>(ch);
         switch (c) {
-            case '"': out += "\\\""; break;
-            case '\\': out += "\\\\"; break;
-            case '\n': out += "\\n"; break;
-            case '\r': out += "\\r"; break;
-            case '\t': out += "\\t"; break;
+            case '"':
+                out += "\\\"";
+                break;
+            case '\\':
+                out += "\\\\";
+                break;
+            case '\n':
+                out += "\\n";
+                break;
+            case '\r':
+                out += "\\r";
+                break;
+            case '\t':
+                out += "\\t";
+                break;
             default:
                 if (c < 0x20 || c == 0x7F)
                     out += ivFormat("\\u%04x", c);
@@ -104,4 +114,6 @@ JsonWriter& JsonWriter::Null() {
     return *this;
 }
 
-JsonWriter& JsonWriter::StringOrNull(const char* text) { return text ? String(text) : Null(); }
+JsonWriter& JsonWriter::StringOrNull(const char* text) {
+    return text ? String(text) : Null();
+}

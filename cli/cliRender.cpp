@@ -15,10 +15,14 @@ std::string IdText(std::uint32_t num, std::uint16_t gen) {
     return ivFormat("%d %d R", static_cast<int>(num), static_cast<int>(gen));
 }
 
-std::string StatusText(ivStatus st) { return ivFormat("0x%08X", static_cast<unsigned>(st)); }
+std::string StatusText(ivStatus st) {
+    return ivFormat("0x%08X", static_cast<unsigned>(st));
+}
 
 // Revisions count down from the newest section; a file with one section has revision 0.
-int RevisionOf(std::size_t index, std::size_t count) { return count < 2 ? 0 : static_cast<int>(count - index); }
+int RevisionOf(std::size_t index, std::size_t count) {
+    return count < 2 ? 0 : static_cast<int>(count - index);
+}
 
 // A trailer value: the identifier of a reference, the text of a direct value ("<hex>" of the
 // first element for ID), or nothing when absent.
@@ -28,7 +32,8 @@ std::optional<std::string> TrailerValue(const ObjRef& slot, bool isId) {
     if (isId) {
         const pdfArray* a = AsArray(slot.obj);
         const pdfObject* first = a && a->count ? a->Items()[0] : slot.obj;
-        if (const pdfBytes* b = AsBytes(first); b && (first->tag == kTagString || first->tag == kTagHexString))
+        if (const pdfBytes* b = AsBytes(first);
+            b && (first->tag == kTagString || first->tag == kTagHexString))
             return "<" + HexText(b->Data(), b->size) + ">";
     }
     return ObjectText(slot.obj);
@@ -54,14 +59,26 @@ void JsonEntry(JsonWriter& w, const ivPdf& doc, const XrefEntry* e) {
     w.BeginObject();
     w.Key("obj").Number(e->num).Key("gen").Number(e->gen);
     w.Key("offset");
-    if (e->Compressed()) w.Null(); else w.Number(e->offset);
+    if (e->Compressed())
+        w.Null();
+    else
+        w.Number(e->offset);
     w.Key("compressed").Bool(e->Compressed());
     w.Key("objstm");
-    if (e->Compressed()) w.Number(e->objStm); else w.Null();
+    if (e->Compressed())
+        w.Number(e->objStm);
+    else
+        w.Null();
     w.Key("index");
-    if (e->Compressed()) w.Number(e->offset); else w.Null();
+    if (e->Compressed())
+        w.Number(e->offset);
+    else
+        w.Null();
     w.Key("size");
-    if (e->length == kUnknownLength) w.Null(); else w.Number(e->length);
+    if (e->length == kUnknownLength)
+        w.Null();
+    else
+        w.Number(e->length);
     w.Key("flags").Number(e->flags);
     w.Key("role").Number(e->role);
     w.Key("role_name").StringOrNull(e->role ? RoleTitle(e->role) : nullptr);
@@ -104,8 +121,9 @@ void JsonMessageNode(JsonWriter& w, const ivMessageNode& node) {
     w.EndArray().EndObject();
 }
 
-void ForEachMessage(const ivMessageNode& node, std::vector<const std::string*>& scopes,
-                    const std::function<void(const std::string&, const std::vector<const std::string*>&)>& fn) {
+void ForEachMessage(
+    const ivMessageNode& node, std::vector<const std::string*>& scopes,
+    const std::function<void(const std::string&, const std::vector<const std::string*>&)>& fn) {
     for (const auto& child : node.children) {
         if (child->isScope) {
             scopes.push_back(&child->text);
@@ -123,11 +141,12 @@ void JsonMessages(JsonWriter& w, const ivIOControl& control) {
     w.EndArray();
     w.Key("message_list").BeginArray();
     std::vector<const std::string*> scopes;
-    ForEachMessage(control.Messages(), scopes, [&w](const std::string& text, const std::vector<const std::string*>& in) {
-        w.BeginObject().Key("text").String(text).Key("scopes").BeginArray();
-        for (const std::string* s : in) w.String(*s);
-        w.EndArray().EndObject();
-    });
+    ForEachMessage(control.Messages(), scopes,
+                   [&w](const std::string& text, const std::vector<const std::string*>& in) {
+                       w.BeginObject().Key("text").String(text).Key("scopes").BeginArray();
+                       for (const std::string* s : in) w.String(*s);
+                       w.EndArray().EndObject();
+                   });
     w.EndArray();
     w.Key("message_count").Number(static_cast<std::int64_t>(control.MessageCount()));
 }
@@ -138,7 +157,7 @@ void JsonInfo(JsonWriter& w, const std::optional<pdfDocInfo>& info) {
         return;
     }
     const std::pair<const char*, const std::optional<std::string>*> fields[] = {
-        {"Title", &info->title},     {"Author", &info->author},   {"Subject", &info->subject},
+        {"Title", &info->title},       {"Author", &info->author},   {"Subject", &info->subject},
         {"Keywords", &info->keywords}, {"Creator", &info->creator}, {"Producer", &info->producer}};
     w.BeginObject();
     for (const auto& [key, value] : fields) {
@@ -158,7 +177,9 @@ void JsonPage(JsonWriter& w, std::size_t index, const pdfPage& page) {
     w.EndObject();
 }
 
-bool HasVersion(const ReportData& data) { return data.doc && (data.doc->VersionMajor() || data.doc->VersionMinor()); }
+bool HasVersion(const ReportData& data) {
+    return data.doc && (data.doc->VersionMajor() || data.doc->VersionMinor());
+}
 
 }  // namespace
 
@@ -204,8 +225,9 @@ std::string JsonReport(const ReportData& data) {
 namespace {
 
 std::string EntryLine(const ivPdf& doc, const XrefEntry* e) {
-    std::string where = e->Compressed() ? ivFormat("in %d 0 R #%d", static_cast<int>(e->objStm), static_cast<int>(e->offset))
-                                        : ivFormat("at %u", e->offset);
+    std::string where =
+        e->Compressed() ? ivFormat("in %d 0 R #%d", static_cast<int>(e->objStm), static_cast<int>(e->offset))
+                        : ivFormat("at %u", e->offset);
     std::string line = ivFormat("  %-12s %-20s", IdText(e->num, e->gen).c_str(), where.c_str());
     line += e->length == kUnknownLength ? std::string("size ?         ") : ivFormat("size %-9u ", e->length);
     if (e->flags & kXrefNotFound) line += " not found";
@@ -214,7 +236,8 @@ std::string EntryLine(const ivPdf& doc, const XrefEntry* e) {
     if (const char* type = TypeOf(e)) line += std::string(" /") + type;
     if (auto refs = doc.Referrers(e); !refs.empty()) {
         line += " <-";
-        for (std::size_t i = 0; i < refs.size() && i < 6; ++i) line += " " + IdText(refs[i]->num, refs[i]->gen);
+        for (std::size_t i = 0; i < refs.size() && i < 6; ++i)
+            line += " " + IdText(refs[i]->num, refs[i]->gen);
         if (refs.size() > 6) line += ivFormat(" and %zu more", refs.size() - 6);
     }
     while (!line.empty() && line.back() == ' ') line.pop_back();
@@ -222,14 +245,17 @@ std::string EntryLine(const ivPdf& doc, const XrefEntry* e) {
 }
 
 std::string SectionText(const ivPdf& doc, const XrefSection& s, int revision) {
-    std::string out = ivFormat("\n%s at %u (0x%xh): %zu entries, Size %u, Prev %u", s.xrefStream ? "XREF stream" : "XREF table",
-                               s.offset, s.offset, s.EntryCount(), s.size, s.prev);
+    std::string out = ivFormat("\n%s at %u (0x%xh): %zu entries, Size %u, Prev %u",
+                               s.xrefStream ? "XREF stream" : "XREF table", s.offset, s.offset,
+                               s.EntryCount(), s.size, s.prev);
     if (s.xrefStm) out += ivFormat(", XRefStm %u", s.xrefStm);
     if (revision) out += ivFormat(", revision %d", revision);
     out += "\n  Trailer:";
     const std::pair<const char*, std::optional<std::string>> values[] = {
-        {"Root", TrailerValue(s.root, false)}, {"Info", TrailerValue(s.info, false)},
-        {"Encrypt", TrailerValue(s.encrypt, false)}, {"ID", TrailerValue(s.id, true)}};
+        {"Root", TrailerValue(s.root, false)},
+        {"Info", TrailerValue(s.info, false)},
+        {"Encrypt", TrailerValue(s.encrypt, false)},
+        {"ID", TrailerValue(s.id, true)}};
     bool any = false;
     for (const auto& [key, value] : values) {
         if (!value) continue;
@@ -257,7 +283,7 @@ std::string InfoText(const std::optional<pdfDocInfo>& info) {
     if (!info) return "\nInfo: none\n";
     std::string out = "\nInfo:\n";
     const std::pair<const char*, const std::optional<std::string>*> fields[] = {
-        {"Title", &info->title},     {"Author", &info->author},   {"Subject", &info->subject},
+        {"Title", &info->title},       {"Author", &info->author},   {"Subject", &info->subject},
         {"Keywords", &info->keywords}, {"Creator", &info->creator}, {"Producer", &info->producer}};
     for (const auto& [key, value] : fields)
         if (*value) out += std::string("  ") + key + ": " + **value + "\n";
@@ -283,12 +309,15 @@ std::string TextReport(const ReportData& data) {
     const ivPdf& d = *data.doc;
     std::string out = "File:     " + ivTextToUtf8(data.path) + "\n";
     out += ivFormat("Size:     %llu bytes\n", static_cast<unsigned long long>(d.FileSize()));
-    out += "Version:  " + (HasVersion(data) ? VersionText(d.VersionMajor(), d.VersionMinor()) : "none") + "\n";
+    out +=
+        "Version:  " + (HasVersion(data) ? VersionText(d.VersionMajor(), d.VersionMinor()) : "none") + "\n";
     out += ivFormat("Pages:    %zu\n", d.Pages().size());
-    out += "Status:   open " + StatusText(data.openStatus) + ", analyse " + StatusText(data.analyseStatus) + "\n";
+    out += "Status:   open " + StatusText(data.openStatus) + ", analyse " + StatusText(data.analyseStatus) +
+           "\n";
     const auto& sections = d.Sections();
     out += ivFormat("Sections: %zu\n", sections.size());
-    for (std::size_t i = 0; i < sections.size(); ++i) out += SectionText(d, *sections[i], RevisionOf(i, sections.size()));
+    for (std::size_t i = 0; i < sections.size(); ++i)
+        out += SectionText(d, *sections[i], RevisionOf(i, sections.size()));
     out += PagesText(d);
     out += InfoText(data.info);
     out += "\n" + MessageTreeText(data.control);

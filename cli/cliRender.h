@@ -10,9 +10,9 @@
 
 // Everything a report shows about one file.
 struct ReportData {
-    std::string path;         // as given on the command line
-    std::string fileError;    // why the file could not be opened, when it could not
-    ivDPFControl control;     // declared before the document, which reports to it
+    std::string path;       // as given on the command line
+    std::string fileError;  // why the file could not be opened, when it could not
+    ivDPFControl control;   // declared before the document, which reports to it
     std::unique_ptr<ivPdf> doc;
     ivStatus openStatus = kOk;
     ivStatus analyseStatus = kOk;

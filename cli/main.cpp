@@ -68,7 +68,8 @@ int main(int argc, char** argv) {
             std::puts("vantrel-cli " VANTREL_VERSION);
             return 0;
         case CliAction::UsageError:
-            std::fprintf(stderr, "vantrel-cli: %s\nTry 'vantrel-cli --help' for more information.\n", error.c_str());
+            std::fprintf(stderr, "vantrel-cli: %s\nTry 'vantrel-cli --help' for more information.\n",
+                         error.c_str());
             return kExitUsage;
         case CliAction::Run:
             break;

@@ -103,7 +103,9 @@ ivStatus ivFileStream::Write(const void*, std::uint32_t, std::uint32_t* written)
     return kWrongType;
 }
 
-ivStatus ivFileStream::SetSize(std::uint64_t) { return kWrongType; }
+ivStatus ivFileStream::SetSize(std::uint64_t) {
+    return kWrongType;
+}
 
 std::int64_t ivFileStream::Seek(std::int64_t offset, ivSeekOrigin origin) {
     std::int64_t base = origin == ivSeekOrigin::Current ? static_cast<std::int64_t>(m_pos)

@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdarg>
 #include <string>
+#include <string_view>
 
 // Longest formatted message or scope text; longer ones are cut.
 constexpr std::size_t kMaxFormatted = 260;
@@ -21,3 +22,8 @@ std::string ivFormatOne(const std::string& format, const std::string& arg);
 // Texts of the core are 8-bit strings in the system code page (Windows-1252). This turns one
 // into UTF-8 for output: valid UTF-8 passes unchanged, anything else maps byte by byte.
 std::string ivTextToUtf8(const std::string& text);
+
+// Appends one code point as UTF-8.
+void ivAppendUtf8(std::string& out, char32_t codePoint);
+// UTF-16 as UTF-8: surrogate pairs joined, a lone half of a pair as U+FFFD.
+std::string ivUtf16ToUtf8(std::u16string_view units);

@@ -2,22 +2,31 @@
 
 int ivImage2d::BitsPerPixel() const {
     switch (m_format) {
-        case kIndexed1: return 1;
-        case kIndexed4: return 4;
+        case kIndexed1:
+            return 1;
+        case kIndexed4:
+            return 4;
         case kGray8:
-        case kIndexed8: return 8;
-        case kBgr24: return 24;
-        case kCmyk32: return 32;
+        case kIndexed8:
+            return 8;
+        case kBgr24:
+            return 24;
+        case kCmyk32:
+            return 32;
     }
     return 8;
 }
 
 std::size_t ivImage2d::PaletteCapacity() const {
     switch (m_format) {
-        case kIndexed1: return 2;
-        case kIndexed4: return 16;
-        case kIndexed8: return 256;
-        default: return 0;
+        case kIndexed1:
+            return 2;
+        case kIndexed4:
+            return 16;
+        case kIndexed8:
+            return 256;
+        default:
+            return 0;
     }
 }
 

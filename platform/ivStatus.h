@@ -14,5 +14,9 @@ constexpr ivStatus kWrongType = ivStatus(0x80060003u);  // also "not supported"
 constexpr ivStatus kCancelled = ivStatus(0x80060005u);
 constexpr ivStatus kMissing = ivStatus(0x80060006u);
 
-[[nodiscard]] constexpr bool Failed(ivStatus s) { return s < 0; }
-[[nodiscard]] constexpr bool Succeeded(ivStatus s) { return s >= 0; }
+[[nodiscard]] constexpr bool Failed(ivStatus s) {
+    return s < 0;
+}
+[[nodiscard]] constexpr bool Succeeded(ivStatus s) {
+    return s >= 0;
+}

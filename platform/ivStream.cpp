@@ -30,5 +30,9 @@ ivStatus ReadAllInto(ivStream& from, Container& out) {
 }
 }  // namespace
 
-ivStatus ivReadAll(ivStream& from, std::string& out) { return ReadAllInto(from, out); }
-ivStatus ivReadAll(ivStream& from, std::vector<std::uint8_t>& out) { return ReadAllInto(from, out); }
+ivStatus ivReadAll(ivStream& from, std::string& out) {
+    return ReadAllInto(from, out);
+}
+ivStatus ivReadAll(ivStream& from, std::vector<std::uint8_t>& out) {
+    return ReadAllInto(from, out);
+}

@@ -10,7 +10,8 @@ ivSubStream::ivSubStream(ivRef<ivStream> base, std::uint32_t start, std::uint32_
     : m_base(std::move(base)), m_start(start), m_length(length) {
     if (length == 0xFFFFFFFFu) {
         std::uint64_t size = m_base->Size();
-        m_length = size > start ? static_cast<std::uint32_t>(std::min<std::uint64_t>(size - start, 0xFFFFFFFFu)) : 0;
+        m_length =
+            size > start ? static_cast<std::uint32_t>(std::min<std::uint64_t>(size - start, 0xFFFFFFFFu)) : 0;
     }
     m_base->Seek(start, ivSeekOrigin::Begin);
 }
@@ -42,7 +43,9 @@ std::int64_t ivSubStream::Seek(std::int64_t offset, ivSeekOrigin origin) {
     return target;
 }
 
-ivStatus ivSubStream::SetSize(std::uint64_t) { return kWrongType; }
+ivStatus ivSubStream::SetSize(std::uint64_t) {
+    return kWrongType;
+}
 
 std::span<const std::uint8_t> ivSubStream::Contiguous() const {
     auto whole = m_base->Contiguous();

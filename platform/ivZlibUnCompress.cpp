@@ -17,7 +17,9 @@ ivRef<ivZlibUnCompress> ivZlibUnCompress::Create(ivRef<ivStream> source) {
 ivZlibUnCompress::ivZlibUnCompress(ivRef<ivStream> source, std::unique_ptr<State> state)
     : m_source(std::move(source)), m_state(std::move(state)) {}
 
-ivZlibUnCompress::~ivZlibUnCompress() { inflateEnd(&m_state->z); }
+ivZlibUnCompress::~ivZlibUnCompress() {
+    inflateEnd(&m_state->z);
+}
 
 ivStatus ivZlibUnCompress::Read(void* buffer, std::uint32_t count, std::uint32_t* read) {
     if (read) *read = 0;
@@ -29,7 +31,8 @@ ivStatus ivZlibUnCompress::Read(void* buffer, std::uint32_t count, std::uint32_t
     while (z.avail_out > 0) {
         if (z.avail_in == 0 && !m_state->sourceEnded) {
             std::uint32_t got = 0;
-            ivStatus st = m_source->Read(m_state->input.data(), static_cast<std::uint32_t>(m_state->input.size()), &got);
+            ivStatus st = m_source->Read(m_state->input.data(),
+                                         static_cast<std::uint32_t>(m_state->input.size()), &got);
             if (Failed(st) || got == 0) m_state->sourceEnded = true;
             z.next_in = m_state->input.data();
             z.avail_in = got;
@@ -66,4 +69,6 @@ std::int64_t ivZlibUnCompress::Seek(std::int64_t offset, ivSeekOrigin origin) {
     return kWrongType;
 }
 
-ivStatus ivZlibUnCompress::SetSize(std::uint64_t) { return kWrongType; }
+ivStatus ivZlibUnCompress::SetSize(std::uint64_t) {
+    return kWrongType;
+}

@@ -8,14 +8,10 @@
 #include "pdf/analysis/pdfObjectAnalysis.h"
 #include "pdf/object/pdfDiagnostics.h"
 #include "pdf/object/pdfObjectAccess.h"
+#include "pdf/object/pdfRoleCodes.h"
 #include "pdf/object/pdfXrefReader.h"
 
-namespace {
-
-constexpr std::uint8_t kRoleDocInfo = 18;
-constexpr std::uint8_t kRoleCatalog = 29;
-
-}  // namespace
+namespace {}  // namespace
 
 AnalysisDepth::AnalysisDepth(ivPdf& doc) : m_depth(++doc.WalkDepth()) {
     if (m_depth == kLimit + 1) Report(doc, "Objects are nested too deep to follow");
@@ -48,8 +44,8 @@ ivStatus ivPdf::ReadSectionChain() {
         const XrefSection* last = Sections().back().get();
         if (last->prev == 0) return kOk;
         if (!seen.insert(last->prev).second) {
-            ivStdScope scope(Control(), ivFormat("Reading XREF table at %d (0x%xh)", static_cast<int>(last->offset),
-                                                 last->offset));
+            ivStdScope scope(Control(), ivFormat("Reading XREF table at %d (0x%xh)",
+                                                 static_cast<int>(last->offset), last->offset));
             Report(*this, "XREF table at %d was already read", static_cast<int>(last->prev));
             return kOk;
         }
@@ -149,8 +145,9 @@ std::span<XrefEntry* const> ivPdf::Referrers(const XrefEntry* entry) const {
 }
 
 std::string VersionText(std::uint16_t major, std::uint16_t minor) {
-    static const char* const kReleases[] = {"Unknown Acrobat", "Unknown Acrobat", "Acrobat 3.0", "Acrobat 4.0",
-                                            "Acrobat 5.0",     "Acrobat 6.0",     "Acrobat 7.0", "Acrobat 8.0"};
+    static const char* const kReleases[] = {"Unknown Acrobat", "Unknown Acrobat", "Acrobat 3.0",
+                                            "Acrobat 4.0",     "Acrobat 5.0",     "Acrobat 6.0",
+                                            "Acrobat 7.0",     "Acrobat 8.0"};
     const char* release = minor < 8 ? kReleases[minor] : "Acrobat X";
     return ivFormat("%d.%d (%s)", major, minor, release);
 }

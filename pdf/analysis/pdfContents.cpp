@@ -17,7 +17,8 @@ ivStatus ReadContentStream(ivPdf& doc, const pdfObject* stream, std::shared_ptr<
         return kOk;
     }
     pdfDecodedStream decoded;
-    if (ivStatus st = OpenDecodedStream(doc, stream, FindEntryByRecord(doc, stream), decoded); Failed(st)) return st;
+    if (ivStatus st = OpenDecodedStream(doc, stream, FindEntryByRecord(doc, stream), decoded); Failed(st))
+        return st;
     pdfParser source(&doc, decoded.stream, 0);
     ObjList list;
     if (ivStatus st = ParseObjects(doc, source, list, kParseContent); Failed(st)) return st;

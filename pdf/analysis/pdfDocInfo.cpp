@@ -38,45 +38,11 @@ char32_t FromDocEncoding(std::uint8_t code) {
     return c ? c : kReplacement;
 }
 
-void AppendUtf8(std::string& out, char32_t c) {
-    if (c < 0x80) {
-        out += static_cast<char>(c);
-    } else if (c < 0x800) {
-        out += static_cast<char>(0xC0 | (c >> 6));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        out += static_cast<char>(0xE0 | (c >> 12));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (c >> 18));
-        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    }
-}
-
-std::string Utf16ToUtf8(std::u16string_view units) {
-    std::string out;
-    out.reserve(units.size());
-    for (std::size_t i = 0; i < units.size(); ++i) {
-        char32_t c = units[i];
-        const bool high = c >= 0xD800 && c <= 0xDBFF;
-        if (high && i + 1 < units.size() && units[i + 1] >= 0xDC00 && units[i + 1] <= 0xDFFF) {
-            c = 0x10000 + ((c - 0xD800) << 10) + (units[++i] - 0xDC00);
-        } else if (c >= 0xD800 && c <= 0xDFFF) {
-            c = kReplacement;  // half of a pair without its other half
-        }
-        AppendUtf8(out, c);
-    }
-    return out;
-}
-
 // GetText hands 8-bit strings over one byte per code unit.
 std::string DocEncodingToUtf8(std::u16string_view bytes) {
     std::string out;
     out.reserve(bytes.size());
-    for (char16_t b : bytes) AppendUtf8(out, FromDocEncoding(static_cast<std::uint8_t>(b)));
+    for (char16_t b : bytes) ivAppendUtf8(out, FromDocEncoding(static_cast<std::uint8_t>(b)));
     return out;
 }
 
@@ -140,5 +106,5 @@ std::optional<std::string> TextStringToUtf8(ivPdf& doc, const pdfObject* value) 
     const pdfObject* direct = Fetch(doc, value);
     std::u16string units;
     if (!direct || Failed(GetText(doc, direct, &units))) return std::nullopt;
-    return HoldsUtf16(direct) ? Utf16ToUtf8(units) : DocEncodingToUtf8(units);
+    return HoldsUtf16(direct) ? ivUtf16ToUtf8(units) : DocEncodingToUtf8(units);
 }

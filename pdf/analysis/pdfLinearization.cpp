@@ -8,11 +8,9 @@
 #include "pdf/object/pdfAccessors.h"
 #include "pdf/object/pdfDiagnostics.h"
 #include "pdf/object/pdfObjectAccess.h"
+#include "pdf/object/pdfRoleCodes.h"
 
 namespace {
-
-constexpr std::uint8_t kRoleLinearization = 51;
-constexpr std::uint8_t kRoleHintStream = 52;
 
 // What a parameter that could not be read compares as (-1 as an unsigned 32-bit number): no
 // file length or page count a reader can hold equals it.

@@ -5,30 +5,9 @@
 #include "pdf/analysis/pdfRoleRegistry.h"
 #include "pdf/object/pdfAccessors.h"
 #include "pdf/object/pdfDiagnostics.h"
+#include "pdf/object/pdfRoleCodes.h"
 
 namespace {
-
-enum : std::uint8_t {
-    kRoleFontFile = 2,
-    kRoleFontDescriptor = 3,
-    kRoleFont = 4,
-    kRolePage = 6,
-    kRoleImage = 11,
-    kRolePattern = 16,
-    kRoleToUnicode = 19,
-    kRoleFontWidths = 20,
-    kRoleGlyphProgram = 21,
-    kRoleGlyphWidths = 22,
-    kRoleCidSystemInfo = 23,
-    kRoleCatalog = 29,
-    kRoleOutlines = 31,
-    kRoleInteractiveForm = 32,
-    kRoleAnnotation = 35,
-    kRoleStructureRoot = 43,
-    kRoleStructureItem = 44,
-    kRolePageTree = 45,
-    kRoleSignature = 46,
-};
 
 // MarkRole on a key's value, when the key is there.
 void MarkKey(ivPdf& doc, const pdfObject* dict, const char* key, std::uint8_t role, unsigned flags) {
@@ -37,9 +16,11 @@ void MarkKey(ivPdf& doc, const pdfObject* dict, const char* key, std::uint8_t ro
 
 void AnalyseCatalog(ivPdf& doc, const pdfObject* catalog) {
     const pdfObject* outlines = Deref(doc, DictGet(catalog, "Outlines"));
-    if (AsDict(outlines) && SetRole(doc, outlines, nullptr, kRoleOutlines) == kOk) WalkOutlines(doc, outlines, 0);
+    if (AsDict(outlines) && SetRole(doc, outlines, nullptr, kRoleOutlines) == kOk)
+        WalkOutlines(doc, outlines, 0);
     const pdfObject* form = Deref(doc, DictGet(catalog, "AcroForm"));
-    if (AsDict(form) && SetRole(doc, form, nullptr, kRoleInteractiveForm) == kOk) AnalyseResourceHolder(doc, form);
+    if (AsDict(form) && SetRole(doc, form, nullptr, kRoleInteractiveForm) == kOk)
+        AnalyseResourceHolder(doc, form);
 }
 
 ivStatus AnalyseStream(ivPdf& doc, XrefEntry* entry, const pdfStream* stream) {
@@ -57,7 +38,8 @@ ivStatus AnalyseStream(ivPdf& doc, XrefEntry* entry, const pdfStream* stream) {
                 entry->role = kRolePattern;
                 AnalyseResourceHolder(doc, dict);
             } else if (entry->role != kRolePattern) {
-                Report(doc, "%d %d R Used as something else already", static_cast<int>(entry->num), entry->gen);
+                Report(doc, "%d %d R Used as something else already", static_cast<int>(entry->num),
+                       entry->gen);
             }
         }
     }
@@ -68,7 +50,8 @@ ivStatus AnalyseStream(ivPdf& doc, XrefEntry* entry, const pdfStream* stream) {
 void AnalyseFont(ivPdf& doc, XrefEntry* entry, const pdfObject* font) {
     SetRole(doc, font, entry, kRoleFont);
     MarkKey(doc, font, "Widths", kRoleFontWidths, kMarkArrayItself);
-    if (TextEquals(DictGet(font, "Subtype"), "Type3")) MarkKey(doc, font, "CharProcs", kRoleGlyphProgram, kMarkDicts);
+    if (TextEquals(DictGet(font, "Subtype"), "Type3"))
+        MarkKey(doc, font, "CharProcs", kRoleGlyphProgram, kMarkDicts);
     MarkKey(doc, font, "W", kRoleGlyphWidths, kMarkArrayItself);
     MarkKey(doc, font, "CIDSystemInfo", kRoleCidSystemInfo, kMarkIndirectDict);
     MarkKey(doc, font, "ToUnicode", kRoleToUnicode, 0);
@@ -93,14 +76,16 @@ ivStatus AnalyseDictionary(ivPdf& doc, XrefEntry* entry, const pdfObject* dict) 
         AnalyseResourceHolder(doc, dict);
     } else if (TextEquals(type, "StructTreeRoot")) {
         if (SetRole(doc, dict, entry, kRoleStructureRoot) == kOk)
-            MarkKey(doc, dict, "K", kRoleStructureItem, kMarkArrays | kMarkDicts | kMarkIndirectDict | kMarkDirectAccepted);
+            MarkKey(doc, dict, "K", kRoleStructureItem,
+                    kMarkArrays | kMarkDicts | kMarkIndirectDict | kMarkDirectAccepted);
     } else if (TextEquals(type, "Outlines")) {
         if (SetRole(doc, dict, entry, kRoleOutlines) == kOk) WalkOutlines(doc, dict, 0);
     } else if (TextEquals(type, "Font")) {
         AnalyseFont(doc, entry, dict);
     } else if (TextEquals(type, "FontDescriptor")) {
         SetRole(doc, dict, entry, kRoleFontDescriptor);
-        for (const char* key : {"FontFile2", "FontFile", "FontFile3"}) MarkKey(doc, dict, key, kRoleFontFile, 0);
+        for (const char* key : {"FontFile2", "FontFile", "FontFile3"})
+            MarkKey(doc, dict, key, kRoleFontFile, 0);
     }
     return kOk;
 }

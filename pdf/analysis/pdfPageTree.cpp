@@ -8,10 +8,9 @@
 #include "pdf/object/pdfAccessors.h"
 #include "pdf/object/pdfDiagnostics.h"
 #include "pdf/object/pdfObjectAccess.h"
+#include "pdf/object/pdfRoleCodes.h"
 
 namespace {
-
-constexpr std::uint8_t kRolePage = 6;
 
 // One walk from the catalog's Pages. Kids that lead back to a node on the path from the root
 // (a cycle) are not followed. A node listed under two parents is walked again, as a page
@@ -109,7 +108,8 @@ ivStatus WalkPageTree(ivPdf& doc, const pdfObject* value, pdfTree* parent) {
     return PageTreeWalker(doc).Walk(value, parent);
 }
 
-const pdfObject* GetPageAttribute(ivPdf& doc, const pdfPage& page, const char* key, int expectedType, bool inherit) {
+const pdfObject* GetPageAttribute(ivPdf& doc, const pdfPage& page, const char* key, int expectedType,
+                                  bool inherit) {
     const pdfHierachy* node = &page;
     for (; node; node = inherit ? node->Parent() : nullptr) {
         if (!AsDict(node->Object())) {

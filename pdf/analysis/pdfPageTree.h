@@ -14,7 +14,8 @@ class pdfTree;
 // the tree node above it.
 class pdfHierachy {
 public:
-    pdfHierachy(const pdfObject* object, ObjId id, pdfTree* parent) : m_object(object), m_id(id), m_parent(parent) {}
+    pdfHierachy(const pdfObject* object, ObjId id, pdfTree* parent)
+        : m_object(object), m_id(id), m_parent(parent) {}
     virtual ~pdfHierachy() = default;
     pdfHierachy(const pdfHierachy&) = delete;
     pdfHierachy& operator=(const pdfHierachy&) = delete;
@@ -70,6 +71,7 @@ ivStatus WalkPageTree(ivPdf& doc, const pdfObject* value, pdfTree* parent);
 // Fills resources, contents and media box of every page.
 void ResolvePageAttributes(ivPdf& doc);
 // A page attribute of the expected type (0: any), searched up the parents when `inherit`.
-const pdfObject* GetPageAttribute(ivPdf& doc, const pdfPage& page, const char* key, int expectedType, bool inherit);
+const pdfObject* GetPageAttribute(ivPdf& doc, const pdfPage& page, const char* key, int expectedType,
+                                  bool inherit);
 // True when a MediaBox array of four elements was found; `rect` is then normalised.
 bool GetMediaBox(ivPdf& doc, const pdfPage& page, pdfRect& rect);

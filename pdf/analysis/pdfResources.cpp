@@ -6,6 +6,7 @@
 #include "pdf/analysis/pdfRoleRegistry.h"
 #include "pdf/object/pdfDiagnostics.h"
 #include "pdf/object/pdfObjectAccess.h"
+#include "pdf/object/pdfRoleCodes.h"
 
 // The walks below may meet the same object again, through shared resources or through a
 // file that refers back to where it came from. Forms, patterns, annotations and actions end
@@ -14,28 +15,6 @@
 // objects it reaches holds an AnalysisDepth, so a long chain is cut instead of the stack.
 
 namespace {
-
-enum : std::uint8_t {
-    kRolePageStream = 5,
-    kRoleColourSpace = 7,
-    kRoleIccColourSpace = 8,
-    kRoleCmykColourSpace = 9,
-    kRoleIndexedColourSpace = 10,
-    kRoleForm = 12,
-    kRolePalette = 13,
-    kRolePattern = 16,
-    kRoleResources = 17,
-    kRoleGraphicsState = 27,
-    kRoleShading = 28,
-    kRoleOutlineItem = 33,
-    kRoleAction = 34,
-    kRoleAnnotation = 35,
-    kRole3DActivation = 41,
-    kRole3DView = 42,
-    kRoleAnnotationList = 47,
-    kRoleIccProfile = 49,
-    kRoleFunction = 50,
-};
 
 // The bit that AnalyseColourSpace passes with the roles of what a colour space refers to.
 // MarkRole gives it no meaning, so the value is marked as with no flags.

@@ -6,11 +6,9 @@
 #include "pdf/analysis/pdfResources.h"
 #include "pdf/object/pdfDiagnostics.h"
 #include "pdf/object/pdfObjectAccess.h"
+#include "pdf/object/pdfRoleCodes.h"
 
 namespace {
-
-constexpr std::uint8_t kRolePattern = 16;
-constexpr std::uint8_t kRoleAnnotation = 35;
 
 // One MarkRole call: the containers walked so far, so a value that holds itself through a
 // reference is walked once.

@@ -65,14 +65,16 @@ constexpr pdfRoleInfo kRoles[] = {
 static_assert(std::size(kRoles) == 53);
 
 const pdfRoleInfo* FirstRow(std::uint8_t code) {
-    auto it = std::find_if(std::begin(kRoles), std::end(kRoles), [code](const pdfRoleInfo& r) { return r.code == code; });
+    auto it = std::find_if(std::begin(kRoles), std::end(kRoles),
+                           [code](const pdfRoleInfo& r) { return r.code == code; });
     return it != std::end(kRoles) ? &*it : nullptr;
 }
 
 bool SameIgnoringCase(std::string_view a, const char* b) {
     std::string_view bv(b);
     return a.size() == bv.size() && std::equal(a.begin(), a.end(), bv.begin(), [](char x, char y) {
-               return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+               return std::tolower(static_cast<unsigned char>(x)) ==
+                      std::tolower(static_cast<unsigned char>(y));
            });
 }
 

@@ -20,7 +20,8 @@ struct pdfDecodedStream {
 // ASCII85, LZW and Flate (with PNG predictors) decoded in order; other filters pass the data
 // on unchanged. kInvalidArg with "Not a stream" for another object, kInvalidArg (data still
 // returned) when the last filter entry was not a name.
-ivStatus OpenDecodedStream(pdfDocument& doc, const pdfObject* obj, const XrefEntry* entry, pdfDecodedStream& out);
+ivStatus OpenDecodedStream(pdfDocument& doc, const pdfObject* obj, const XrefEntry* entry,
+                           pdfDecodedStream& out);
 
 // The stored bytes only (decrypted once encryption is supported, never decoded).
 ivStatus OpenRawStream(pdfDocument& doc, const pdfObject* obj, pdfDecodedStream& out);

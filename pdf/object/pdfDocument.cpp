@@ -3,8 +3,9 @@
 #include <algorithm>
 
 const ObjStmIndex::Item* ObjStmIndex::FindFirst(std::uint32_t num) const {
-    auto it = std::lower_bound(byNumber.begin(), byNumber.end(), num,
-                               [this](std::uint32_t pos, std::uint32_t want) { return items[pos].num < want; });
+    auto it =
+        std::lower_bound(byNumber.begin(), byNumber.end(), num,
+                         [this](std::uint32_t pos, std::uint32_t want) { return items[pos].num < want; });
     return it != byNumber.end() && items[*it].num == num ? &items[*it] : nullptr;
 }
 

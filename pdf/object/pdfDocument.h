@@ -92,7 +92,7 @@ private:
     ivArena m_arena;
     ObjListPool m_lists;
     std::vector<std::unique_ptr<XrefSection>> m_sections;
-    std::vector<XrefEntry*> m_index;  // newest entry per id, sorted; built by FinishSections
+    std::vector<XrefEntry*> m_index;     // newest entry per id, sorted; built by FinishSections
     std::vector<XrefEntry*> m_byNumber;  // lowest-generation entry of m_index per number, when dense
     bool m_indexed = false;
     ivPtrMap<pdfObject, XrefEntry> m_loaded;

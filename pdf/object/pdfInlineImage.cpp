@@ -10,7 +10,9 @@
 
 namespace {
 
-bool IsWhite(std::uint8_t c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t' || c == '\f' || c == 0; }
+bool IsWhite(std::uint8_t c) {
+    return c == ' ' || c == '\n' || c == '\r' || c == '\t' || c == '\f' || c == 0;
+}
 
 pdfInlineImage* NewInlineImage(ivArena& arena, pdfObject* params, const std::string& data) {
     void* raw = arena.Allocate(sizeof(pdfInlineImage) + data.size(), 8);
@@ -26,9 +28,15 @@ struct Abbreviation {
     const char* shortName;
     const char* fullName;
 };
-constexpr Abbreviation kKeys[] = {{"BPC", "BitsPerComponent"}, {"CS", "ColorSpace"}, {"D", "Decode"},
-                                  {"DP", "DecodeParms"},       {"F", "Filter"},      {"H", "Height"},
-                                  {"W", "Width"},              {"I", "Interpolate"}, {"IM", "ImageMask"}};
+constexpr Abbreviation kKeys[] = {{"BPC", "BitsPerComponent"},
+                                  {"CS", "ColorSpace"},
+                                  {"D", "Decode"},
+                                  {"DP", "DecodeParms"},
+                                  {"F", "Filter"},
+                                  {"H", "Height"},
+                                  {"W", "Width"},
+                                  {"I", "Interpolate"},
+                                  {"IM", "ImageMask"}};
 constexpr Abbreviation kColourSpaces[] = {{"G", "DeviceGray"}, {"RGB", "DeviceRGB"}, {"CMYK", "DeviceCMYK"}};
 
 template <std::size_t N>
@@ -46,7 +54,8 @@ bool ReadImageData(pdfParser& source, std::string& data) {
     while (source.ReadByte(c)) {
         data += static_cast<char>(c);
         std::size_t n = data.size();
-        if (n >= 3 && data[n - 1] == 'I' && data[n - 2] == 'E' && IsWhite(static_cast<std::uint8_t>(data[n - 3]))) {
+        if (n >= 3 && data[n - 1] == 'I' && data[n - 2] == 'E' &&
+            IsWhite(static_cast<std::uint8_t>(data[n - 3]))) {
             std::uint8_t next = 0;
             bool more = source.ReadByte(next);
             if (!more || next <= 32) {
@@ -79,7 +88,8 @@ ivStatus ReadInlineImage(pdfDocument& doc, pdfParser& source, ObjList& list, std
     // The parameters stand between "BI" and the "ID" keyword that was appended last.
     std::size_t first = std::min(biIndex + 1, list.items.size());
     std::size_t last = list.items.empty() ? 0 : list.items.size() - 1;
-    pdfDict* params = InlineImageParameters(doc, {list.items.data() + first, last > first ? last - first : 0});
+    pdfDict* params =
+        InlineImageParameters(doc, {list.items.data() + first, last > first ? last - first : 0});
     std::string data;
     bool ended = ReadImageData(source, data);
     if (!ended) ReportAt(doc, source, "Inline image data is not followed by EI");

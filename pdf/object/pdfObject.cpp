@@ -4,24 +4,42 @@
 
 const char* TypeName(int tag) {
     switch (tag) {
-        case kTagUnknown: return "Unknown";
-        case kTagNull: return "NULL";
-        case kTagBool: return "Bool";
-        case kTagInt: return "Int";
-        case kTagReal: return "Real";
-        case kTagString: return "String";
-        case kTagHexString: return "HEX String";
-        case kTagUnicodeString: return "UNICODE String";
-        case kTagArray: return "Array";
-        case kTagDictionary: return "Dictionary";
-        case kTagStream: return "Stream";
-        case kTagIndirect: return "Indirect";
-        case kTagName: return "Name";
-        case kTagKey: return "Key";
-        case kNodePage: return "Page";
-        case kNodeTree: return "Tree";
-        case kNodeCatalog: return "Catalog";
-        default: return "***";
+        case kTagUnknown:
+            return "Unknown";
+        case kTagNull:
+            return "NULL";
+        case kTagBool:
+            return "Bool";
+        case kTagInt:
+            return "Int";
+        case kTagReal:
+            return "Real";
+        case kTagString:
+            return "String";
+        case kTagHexString:
+            return "HEX String";
+        case kTagUnicodeString:
+            return "UNICODE String";
+        case kTagArray:
+            return "Array";
+        case kTagDictionary:
+            return "Dictionary";
+        case kTagStream:
+            return "Stream";
+        case kTagIndirect:
+            return "Indirect";
+        case kTagName:
+            return "Name";
+        case kTagKey:
+            return "Key";
+        case kNodePage:
+            return "Page";
+        case kNodeTree:
+            return "Tree";
+        case kNodeCatalog:
+            return "Catalog";
+        default:
+            return "***";
     }
 }
 
@@ -40,7 +58,9 @@ T* NewRecord(ivArena& arena, pdfTag tag, std::size_t trailing = 0) {
 
 }  // namespace
 
-pdfObject* NewNull(ivArena& arena) { return NewRecord<pdfObject>(arena, kTagNull); }
+pdfObject* NewNull(ivArena& arena) {
+    return NewRecord<pdfObject>(arena, kTagNull);
+}
 
 pdfBool* NewBool(ivArena& arena, bool value) {
     auto* r = NewRecord<pdfBool>(arena, kTagBool);
@@ -70,8 +90,7 @@ pdfBytes* NewBytes(ivArena& arena, pdfTag tag, std::span<const std::uint8_t> byt
 }
 
 pdfBytes* NewBytes(ivArena& arena, pdfTag tag, std::string_view bytes) {
-    return NewBytes(arena, tag,
-                    std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
+    return NewBytes(arena, tag, std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
 }
 
 pdfUnicode* NewUnicode(ivArena& arena, std::span<const char16_t> units) {
@@ -118,15 +137,21 @@ pdfRef* NewRef(ivArena& arena, std::uint32_t num, std::uint16_t gen) {
 std::size_t RecordSize(const pdfObject* obj) {
     if (!obj) return 0;
     switch (obj->tag) {
-        case kTagNull: return 1;
-        case kTagBool: return 2;
-        case kTagInt: return 5;
-        case kTagReal: return 9;
+        case kTagNull:
+            return 1;
+        case kTagBool:
+            return 2;
+        case kTagInt:
+            return 5;
+        case kTagReal:
+            return 9;
         case kTagString:
         case kTagHexString:
         case kTagName:
-        case kTagKey: return static_cast<const pdfBytes*>(obj)->size + 6;
-        case kTagUnicodeString: return 2 * std::size_t(static_cast<const pdfUnicode*>(obj)->count) + 7;
+        case kTagKey:
+            return static_cast<const pdfBytes*>(obj)->size + 6;
+        case kTagUnicodeString:
+            return 2 * std::size_t(static_cast<const pdfUnicode*>(obj)->count) + 7;
         case kTagArray: {
             auto n = static_cast<const pdfArray*>(obj)->count;
             return n ? 8 * std::size_t(n) + 5 : 13;
@@ -135,9 +160,12 @@ std::size_t RecordSize(const pdfObject* obj) {
             auto n = static_cast<const pdfDict*>(obj)->count;
             return n ? 16 * std::size_t(n) + 5 : 21;
         }
-        case kTagStream: return 37;
-        case kTagIndirect: return 7;
-        default: return 0;
+        case kTagStream:
+            return 37;
+        case kTagIndirect:
+            return 7;
+        default:
+            return 0;
     }
 }
 
@@ -147,8 +175,10 @@ const pdfBytes* AsBytes(const pdfObject* o) {
         case kTagString:
         case kTagHexString:
         case kTagName:
-        case kTagKey: return static_cast<const pdfBytes*>(o);
-        default: return nullptr;
+        case kTagKey:
+            return static_cast<const pdfBytes*>(o);
+        default:
+            return nullptr;
     }
 }
 
@@ -157,8 +187,10 @@ const pdfBytes* AsTextValued(const pdfObject* o) {
     switch (o->tag) {
         case kTagString:
         case kTagHexString:
-        case kTagName: return static_cast<const pdfBytes*>(o);
-        default: return nullptr;
+        case kTagName:
+            return static_cast<const pdfBytes*>(o);
+        default:
+            return nullptr;
     }
 }
 

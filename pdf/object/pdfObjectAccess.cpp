@@ -41,8 +41,11 @@ struct TypeRole {
     std::uint8_t role;
 };
 constexpr TypeRole kStreamTypeRoles[] = {
-    {"ObjStm", kRoleObjectStream}, {"Metadata", kRoleMetadata}, {"XRef", kRoleXrefStream},
-    {"EmbeddedFile", kRoleEmbeddedFile}, {"3D", kRole3D},
+    {"ObjStm", kRoleObjectStream},
+    {"Metadata", kRoleMetadata},
+    {"XRef", kRoleXrefStream},
+    {"EmbeddedFile", kRoleEmbeddedFile},
+    {"3D", kRole3D},
 };
 
 void CheckStreamRole(pdfDocument& doc, pdfStream* stream, XrefEntry* entry) {
@@ -51,7 +54,8 @@ void CheckStreamRole(pdfDocument& doc, pdfStream* stream, XrefEntry* entry) {
         for (const TypeRole& tr : kStreamTypeRoles)
             if (TextEquals(type, tr.type)) SetAccessRole(doc, entry, tr.role);
     }
-    if (entry->role == 0 && TextEquals(DictLookup(doc, stream->dict, "Subtype"), "Image")) entry->role = kRoleImage;
+    if (entry->role == 0 && TextEquals(DictLookup(doc, stream->dict, "Subtype"), "Image"))
+        entry->role = kRoleImage;
 }
 
 // Builds the index of an object stream; false when the stream cannot serve as one.
@@ -106,7 +110,8 @@ pdfObject* LoadObject(pdfDocument& doc, XrefEntry* entry) {
         if (doc.IsLoading(entry))
             Report(doc, "Object %d %d R is needed to read itself", static_cast<int>(entry->num), entry->gen);
         else
-            Report(doc, "Objects are nested too deep to read %d %d R", static_cast<int>(entry->num), entry->gen);
+            Report(doc, "Objects are nested too deep to read %d %d R", static_cast<int>(entry->num),
+                   entry->gen);
         return nullptr;
     }
     if (entry->Compressed()) return ReadFromObjectStream(doc, entry);
@@ -162,8 +167,9 @@ bool ReadObjStmHeader(pdfDocument& doc, ObjStmIndex& index) {
     }
     index.byNumber.resize(index.items.size());
     for (std::uint32_t i = 0; i < index.byNumber.size(); ++i) index.byNumber[i] = i;
-    std::stable_sort(index.byNumber.begin(), index.byNumber.end(),
-                     [&](std::uint32_t a, std::uint32_t b) { return index.items[a].num < index.items[b].num; });
+    std::stable_sort(index.byNumber.begin(), index.byNumber.end(), [&](std::uint32_t a, std::uint32_t b) {
+        return index.items[a].num < index.items[b].num;
+    });
     index.offsets.reserve(index.items.size());
     for (const auto& item : index.items) index.offsets.push_back(item.offset);
     std::sort(index.offsets.begin(), index.offsets.end());

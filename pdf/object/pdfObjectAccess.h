@@ -2,18 +2,11 @@
 #include <cstdint>
 
 #include "pdf/object/pdfObject.h"
+#include "pdf/object/pdfRoleCodes.h"
 #include "pdf/object/pdfXref.h"
 
 class pdfDocument;
 class pdfParser;
-
-// Role codes that object access sets on stream objects.
-constexpr std::uint8_t kRoleXrefStream = 1;
-constexpr std::uint8_t kRoleImage = 11;
-constexpr std::uint8_t kRoleObjectStream = 14;
-constexpr std::uint8_t kRoleMetadata = 15;
-constexpr std::uint8_t kRoleEmbeddedFile = 25;
-constexpr std::uint8_t kRole3D = 26;
 
 // Resolves a reference: the entry of the newest section that holds it, loaded once.
 pdfObject* ResolveRef(pdfDocument& doc, ObjId id);

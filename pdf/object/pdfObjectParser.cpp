@@ -10,12 +10,20 @@
 
 namespace {
 
-bool IsDigit(std::uint8_t c) { return c >= '0' && c <= '9'; }
+bool IsDigit(std::uint8_t c) {
+    return c >= '0' && c <= '9';
+}
 
 // Bytes that end names and keywords besides white space; note that ")", "{" and "}" do not.
 bool EndsWord(std::uint8_t c) {
     switch (c) {
-        case '%': case '(': case '/': case '<': case '>': case '[': case ']':
+        case '%':
+        case '(':
+        case '/':
+        case '<':
+        case '>':
+        case '[':
+        case ']':
             return true;
         default:
             return false;
@@ -237,7 +245,8 @@ bool ObjectReader::Dispatch(std::uint8_t c, ivStatus* result) {
                 return true;
             }
             if (next == '<') {
-                st = ParseDictionary(m_doc, m_src, &m_list, nullptr, kParseInDict | (m_flags & kParseDecrypt));
+                st =
+                    ParseDictionary(m_doc, m_src, &m_list, nullptr, kParseInDict | (m_flags & kParseDecrypt));
             } else {
                 m_src.PushBack(next);
                 st = ReadHexString();
@@ -397,13 +406,28 @@ ivStatus ObjectReader::ReadEscape(std::string& bytes) {
         case '\n':  // line continuation; a CR right after the LF goes with it
             if (m_src.ReadByte(d) && d != '\r') m_src.PushBack(d);
             break;
-        case '\r': break;
-        case '(': case ')': case '\\': bytes += static_cast<char>(e); break;
-        case 'b': bytes += '\b'; break;
-        case 'f': bytes += '\f'; break;
-        case 'n': bytes += '\n'; break;
-        case 'r': bytes += '\r'; break;
-        case 't': bytes += '\t'; break;
+        case '\r':
+            break;
+        case '(':
+        case ')':
+        case '\\':
+            bytes += static_cast<char>(e);
+            break;
+        case 'b':
+            bytes += '\b';
+            break;
+        case 'f':
+            bytes += '\f';
+            break;
+        case 'n':
+            bytes += '\n';
+            break;
+        case 'r':
+            bytes += '\r';
+            break;
+        case 't':
+            bytes += '\t';
+            break;
         default:
             ReportAt(m_doc, m_src, "Backslash is ignored. Wrong escape sequence");
             bytes += static_cast<char>(e);

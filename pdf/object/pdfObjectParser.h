@@ -9,11 +9,11 @@ class pdfDocument;
 class pdfParser;
 
 // Parse flags. Only kParseDecrypt is handed down into nested arrays and dictionaries.
-constexpr unsigned kParseInDict = 1;     // ">>" ends the parse
-constexpr unsigned kParseInArray = 2;    // "]" ends the parse
-constexpr unsigned kParseToEndobj = 4;   // "endobj" ends the parse
-constexpr unsigned kParseContent = 8;    // content stream: "endstream" ends, "R" is a keyword
-constexpr unsigned kParseDecrypt = 32;   // strings go through the security handler
+constexpr unsigned kParseInDict = 1;    // ">>" ends the parse
+constexpr unsigned kParseInArray = 2;   // "]" ends the parse
+constexpr unsigned kParseToEndobj = 4;  // "endobj" ends the parse
+constexpr unsigned kParseContent = 8;   // content stream: "endstream" ends, "R" is a keyword
+constexpr unsigned kParseDecrypt = 32;  // strings go through the security handler
 
 // Arrays and dictionaries nested deeper than this end the parse with a message.
 constexpr int kMaxNesting = 256;

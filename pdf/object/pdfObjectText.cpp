@@ -24,33 +24,6 @@ std::string StringText(const pdfBytes* s) {
     return out + ")";
 }
 
-std::string Utf16ToUtf8(const char16_t* units, std::uint32_t count) {
-    std::string out;
-    for (std::uint32_t i = 0; i < count; ++i) {
-        std::uint32_t cp = units[i];
-        if (cp >= 0xD800 && cp < 0xDC00 && i + 1 < count && units[i + 1] >= 0xDC00 && units[i + 1] < 0xE000)
-            cp = 0x10000 + ((cp - 0xD800) << 10) + (units[++i] - 0xDC00);
-        else if (cp >= 0xD800 && cp < 0xE000)
-            cp = 0xFFFD;
-        if (cp < 0x80) {
-            out += static_cast<char>(cp);
-        } else if (cp < 0x800) {
-            out += static_cast<char>(0xC0 | (cp >> 6));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        } else if (cp < 0x10000) {
-            out += static_cast<char>(0xE0 | (cp >> 12));
-            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        } else {
-            out += static_cast<char>(0xF0 | (cp >> 18));
-            out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        }
-    }
-    return out;
-}
-
 void AppendValue(std::string& out, const pdfObject* obj, int depth) {
     if (depth > kMaxTextDepth) {
         out += "...";
@@ -98,11 +71,16 @@ std::string HexText(const std::uint8_t* bytes, std::size_t size) {
 std::string TokenText(const pdfObject* obj) {
     if (!obj) return "*";
     switch (obj->tag) {
-        case kTagNull: return "null";
-        case kTagBool: return static_cast<const pdfBool*>(obj)->value ? "true" : "false";
-        case kTagInt: return ivFormat("%d", static_cast<const pdfInt*>(obj)->value);
-        case kTagReal: return ivFormat("%g", static_cast<const pdfReal*>(obj)->value);
-        case kTagString: return StringText(static_cast<const pdfBytes*>(obj));
+        case kTagNull:
+            return "null";
+        case kTagBool:
+            return static_cast<const pdfBool*>(obj)->value ? "true" : "false";
+        case kTagInt:
+            return ivFormat("%d", static_cast<const pdfInt*>(obj)->value);
+        case kTagReal:
+            return ivFormat("%g", static_cast<const pdfReal*>(obj)->value);
+        case kTagString:
+            return StringText(static_cast<const pdfBytes*>(obj));
         case kTagHexString: {
             const auto* h = static_cast<const pdfBytes*>(obj);
             return HexText(h->Data(), h->size);
@@ -110,19 +88,26 @@ std::string TokenText(const pdfObject* obj) {
         case kTagUnicodeString: {
             const auto* u = static_cast<const pdfUnicode*>(obj);
             std::string out = "(";
-            return out.append(Utf16ToUtf8(u->Units(), u->count)).append(")");
+            return out.append(ivUtf16ToUtf8({u->Units(), u->count})).append(")");
         }
-        case kTagArray: return "[";
-        case kTagDictionary: return "<<";
-        case kTagStream: return "stream <<";
+        case kTagArray:
+            return "[";
+        case kTagDictionary:
+            return "<<";
+        case kTagStream:
+            return "stream <<";
         case kTagIndirect: {
             const auto* r = static_cast<const pdfRef*>(obj);
             return ivFormat("%d %d R", static_cast<int>(r->num), r->gen);
         }
-        case kTagName: return std::string("/").append(static_cast<const pdfBytes*>(obj)->Chars());
-        case kTagKey: return static_cast<const pdfBytes*>(obj)->Chars();
-        case kTagInlineImage: return "[inline image]";
-        default: return "*";
+        case kTagName:
+            return std::string("/").append(static_cast<const pdfBytes*>(obj)->Chars());
+        case kTagKey:
+            return static_cast<const pdfBytes*>(obj)->Chars();
+        case kTagInlineImage:
+            return "[inline image]";
+        default:
+            return "*";
     }
 }
 

@@ -6,7 +6,8 @@
 #include "pdf/object/pdfDiagnostics.h"
 #include "pdf/object/pdfDocument.h"
 
-pdfParser::pdfParser(const pdfDocument* owner, ivRef<ivStream> stream, std::uint32_t start, std::uint32_t limit)
+pdfParser::pdfParser(const pdfDocument* owner, ivRef<ivStream> stream, std::uint32_t start,
+                     std::uint32_t limit)
     : m_owner(owner), m_stream(std::move(stream)), m_limit(limit) {
     if (start == kKeepPosition) start = static_cast<std::uint32_t>(m_stream->Position());
     m_bufferPos = start;
@@ -42,9 +43,11 @@ ivStatus pdfParser::Fill() {
         if (m_owner) {
             std::string why = m_stream->ErrorText();
             if (!why.empty())
-                Report(*m_owner, "Read error: %s after reading %d bytes", why.c_str(), static_cast<int>(m_total));
+                Report(*m_owner, "Read error: %s after reading %d bytes", why.c_str(),
+                       static_cast<int>(m_total));
             else
-                ReportAt(*m_owner, *this, "Uknown Read Error after reading %d bytes", static_cast<int>(m_total));
+                ReportAt(*m_owner, *this, "Uknown Read Error after reading %d bytes",
+                         static_cast<int>(m_total));
         }
         return st;
     }
@@ -53,12 +56,26 @@ ivStatus pdfParser::Fill() {
     return got ? kOk : kFail;
 }
 
-bool IsTokenSpace(std::uint8_t c) { return c == ' ' || c == '\r' || c == '\n' || c == '\t'; }
+bool IsTokenSpace(std::uint8_t c) {
+    return c == ' ' || c == '\r' || c == '\n' || c == '\t';
+}
 
 bool IsTokenDelimiter(std::uint8_t c) {
     switch (c) {
-        case '"': case '#': case '(': case ')': case ',': case '/': case ';': case '<':
-        case '=': case '>': case '[': case ']': case '{': case '}':
+        case '"':
+        case '#':
+        case '(':
+        case ')':
+        case ',':
+        case '/':
+        case ';':
+        case '<':
+        case '=':
+        case '>':
+        case '[':
+        case ']':
+        case '{':
+        case '}':
             return true;
         default:
             return false;
@@ -91,6 +108,7 @@ std::int32_t TokenToLong(const std::string& token) {
     bool negative = false;
     if (i < token.size() && (token[i] == '+' || token[i] == '-')) negative = token[i++] == '-';
     std::uint32_t v = 0;
-    for (; i < token.size() && token[i] >= '0' && token[i] <= '9'; ++i) v = v * 10 + std::uint32_t(token[i] - '0');
+    for (; i < token.size() && token[i] >= '0' && token[i] <= '9'; ++i)
+        v = v * 10 + std::uint32_t(token[i] - '0');
     return static_cast<std::int32_t>(negative ? 0u - v : v);
 }

@@ -3,7 +3,9 @@
 #include <algorithm>
 
 namespace {
-bool ById(const XrefEntry* a, const XrefEntry* b) { return a->Id() < b->Id(); }
+bool ById(const XrefEntry* a, const XrefEntry* b) {
+    return a->Id() < b->Id();
+}
 }  // namespace
 
 XrefEntry* XrefSection::Find(ObjId want) const {

@@ -143,10 +143,11 @@ ivStatus ReadXrefStream(pdfDocument& doc, XrefSection& section, pdfStream* strea
     if (!wa) return kOk;
     Widths widths;
     // Deliberately no check of W's length: missing elements read as numbers that are not there.
-    for (std::uint32_t i = 0; i < 3; ++i) widths.w[i] = ReadIntegerOrZero(doc, i < wa->count ? wa->Items()[i] : nullptr);
+    for (std::uint32_t i = 0; i < 3; ++i)
+        widths.w[i] = ReadIntegerOrZero(doc, i < wa->count ? wa->Items()[i] : nullptr);
     if (widths.w[0] > 4 || widths.w[1] > 4 || widths.w[2] > 4 || widths.Total() == 0) {
-        Report(doc, "W [%d %d %d] is not supported", static_cast<int>(widths.w[0]), static_cast<int>(widths.w[1]),
-               static_cast<int>(widths.w[2]));
+        Report(doc, "W [%d %d %d] is not supported", static_cast<int>(widths.w[0]),
+               static_cast<int>(widths.w[1]), static_cast<int>(widths.w[2]));
         return kOk;
     }
     ivByteReader data(*decoded.stream);
@@ -168,7 +169,8 @@ ivStatus ReadXrefStream(pdfDocument& doc, XrefSection& section, pdfStream* strea
 
 ivStatus ReadStreamSection(pdfDocument& doc, XrefSection& section, pdfParser& source) {
     std::string num, gen, keyword;
-    if (!ReadToken(source, num) || !ReadToken(source, gen) || !ReadToken(source, keyword) || keyword != "obj") {
+    if (!ReadToken(source, num) || !ReadToken(source, gen) || !ReadToken(source, keyword) ||
+        keyword != "obj") {
         ReportAt(doc, source, "'obj' is expected");
         return kOk;
     }
@@ -248,7 +250,8 @@ ivStatus ReadStartXref(pdfDocument& doc, XrefSection** newest) {
 }
 
 ivStatus ReadSection(pdfDocument& doc, XrefSection& section, std::uint32_t offset) {
-    ivStdScope scope(doc.Control(), ivFormat("Reading XREF table at %d (0x%xh)", static_cast<int>(offset), offset));
+    ivStdScope scope(doc.Control(),
+                     ivFormat("Reading XREF table at %d (0x%xh)", static_cast<int>(offset), offset));
     section.hasList = true;
     section.offset = offset;
     if (offset >= doc.FileSize()) {
@@ -268,7 +271,8 @@ ivStatus ReadSection(pdfDocument& doc, XrefSection& section, std::uint32_t offse
         source.PushBack(c);
         ReadClassicTable(doc, section, source);
     } else {
-        ReportAt(doc, source, "Unexpected character - %c. XREF table must begin with 'xref' or object id.", c);
+        ReportAt(doc, source, "Unexpected character - %c. XREF table must begin with 'xref' or object id.",
+                 c);
     }
     section.SortEntries();
     return st;
@@ -301,7 +305,8 @@ void ApplyTrailer(XrefSection& section, pdfDocument& doc, const pdfObject* dict)
             SetRef(&section.id, p.value);
         } else if (std::any_of(std::begin(kStreamOnly), std::end(kStreamOnly),
                                [k](const char* s) { return std::strcmp(k, s) == 0; })) {
-            if (!section.xrefStream) Report(doc, "W, Index, Filter, DecodeParms entries are afre for XREF stream only");
+            if (!section.xrefStream)
+                Report(doc, "W, Index, Filter, DecodeParms entries are afre for XREF stream only");
         } else {
             Report(doc, "%s is unknown trailer entry ", k);
         }

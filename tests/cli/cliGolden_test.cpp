@@ -34,23 +34,44 @@ std::string Indent(const std::string& json) {
         char c = json[i];
         if (inString) {
             out += c;
-            if (c == '\\') out += json[++i];
-            else if (c == '"') inString = false;
+            if (c == '\\')
+                out += json[++i];
+            else if (c == '"')
+                inString = false;
             continue;
         }
         switch (c) {
-            case '"': inString = true; out += c; break;
-            case '{': case '[':
+            case '"':
+                inString = true;
                 out += c;
-                if (i + 1 < json.size() && (json[i + 1] == '}' || json[i + 1] == ']')) { out += json[++i]; break; }
+                break;
+            case '{':
+            case '[':
+                out += c;
+                if (i + 1 < json.size() && (json[i + 1] == '}' || json[i + 1] == ']')) {
+                    out += json[++i];
+                    break;
+                }
                 ++depth;
                 newline();
                 break;
-            case '}': case ']': --depth; newline(); out += c; break;
-            case ',': out += c; newline(); break;
-            case ':': out += ": "; break;
-            case '\n': break;
-            default: out += c;
+            case '}':
+            case ']':
+                --depth;
+                newline();
+                out += c;
+                break;
+            case ',':
+                out += c;
+                newline();
+                break;
+            case ':':
+                out += ": ";
+                break;
+            case '\n':
+                break;
+            default:
+                out += c;
         }
     }
     return out + '\n';
@@ -81,7 +102,8 @@ TEST(CliGolden, JsonReportsMatchTheCommittedOnes) {
             std::ofstream(expected, std::ios::binary) << report;
             continue;
         }
-        ASSERT_TRUE(fs::exists(expected)) << "no golden report for " << pdf.filename() << " (see the comment above)";
+        ASSERT_TRUE(fs::exists(expected))
+            << "no golden report for " << pdf.filename() << " (see the comment above)";
         EXPECT_EQ(report, Slurp(expected)) << pdf.filename();
         ++compared;
     }

@@ -17,21 +17,22 @@ CliAction Parse(std::vector<std::string> args, CliOptions* out = nullptr) {
 
 TEST(CliOptions, UsageErrors) {
     const std::vector<std::vector<std::string>> bad = {
-        {},                                     // no file
-        {"--bogus", "a.pdf"},                   // unknown option
-        {"--stream", "1", "a.pdf"},             // generation missing
-        {"--stream", "x", "0", "a.pdf"},        // not a number
-        {"--stream", "1", "70000", "a.pdf"},    // generation beyond 16 bits
-        {"--raw", "a.pdf"},                     // --raw needs --stream
+        {},                                   // no file
+        {"--bogus", "a.pdf"},                 // unknown option
+        {"--stream", "1", "a.pdf"},           // generation missing
+        {"--stream", "x", "0", "a.pdf"},      // not a number
+        {"--stream", "1", "70000", "a.pdf"},  // generation beyond 16 bits
+        {"--raw", "a.pdf"},                   // --raw needs --stream
         {"--stream", "1", "0", "a.pdf", "b.pdf"},
         {"-j", "0", "a.pdf"},
         {"-j", "a.pdf"},
-        {"--contents", "0", "a.pdf"},           // pages count from 1
+        {"--contents", "0", "a.pdf"},  // pages count from 1
         {"--format", "gif", "--export-images", "d", "a.pdf"},
-        {"--naming", "index", "a.pdf"},         // export options need --export-images
-        {"--password"},                         // value missing
+        {"--naming", "index", "a.pdf"},  // export options need --export-images
+        {"--password"},                  // value missing
     };
-    for (const auto& args : bad) EXPECT_EQ(Parse(args), CliAction::UsageError) << ::testing::PrintToString(args);
+    for (const auto& args : bad)
+        EXPECT_EQ(Parse(args), CliAction::UsageError) << ::testing::PrintToString(args);
 }
 
 TEST(CliOptions, GoodCommandLines) {
@@ -55,7 +56,16 @@ TEST(CliJson, QuotesAndConvertsTexts) {
     EXPECT_EQ(JsonQuote("caf\xE9"), "\"caf\xC3\xA9\"");      // 8-bit text is converted
     EXPECT_EQ(JsonQuote("\x80"), "\"\xE2\x82\xAC\"");        // Windows-1252 euro sign
     JsonWriter w;
-    w.BeginObject().Key("a").BeginArray().Number(1).Null().Bool(true).EndArray().Key("b").String("x").EndObject();
+    w.BeginObject()
+        .Key("a")
+        .BeginArray()
+        .Number(1)
+        .Null()
+        .Bool(true)
+        .EndArray()
+        .Key("b")
+        .String("x")
+        .EndObject();
     EXPECT_EQ(w.Text(), "{\"a\":[1,null,true],\"b\":\"x\"}");
 }
 

@@ -17,10 +17,10 @@ TEST(ivIOControl, MessagesAreFiledUnderTheOpenScopes) {
         ctl.Message("second");
     }
     ctl.Message("outside");
-    EXPECT_EQ(ctl.Paths(), (std::vector<std::string>{
-                               "Reading XREF table at 1000 (0x3e8h) > Accessing Object 12 0 R > first 1",
-                               "Reading XREF table at 1000 (0x3e8h) > Accessing Object 12 0 R > second",
-                               "outside"}));
+    EXPECT_EQ(ctl.Paths(),
+              (std::vector<std::string>{
+                  "Reading XREF table at 1000 (0x3e8h) > Accessing Object 12 0 R > first 1",
+                  "Reading XREF table at 1000 (0x3e8h) > Accessing Object 12 0 R > second", "outside"}));
     EXPECT_EQ(ctl.MessageCount(), 3u);
     ctl.ClearMessages();
     EXPECT_EQ(ctl.MessageCount(), 0u);

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include "platform/ivByteReader.h"
 #include "platform/ivFileStream.h"
@@ -6,8 +7,6 @@
 #include "platform/ivSubStream.h"
 #include "platform/ivZlibUnCompress.h"
 #include "support/TestSupport.h"
-
-#include <zlib.h>
 
 namespace {
 
@@ -64,7 +63,8 @@ TEST(ivZlibUnCompress, InflatesLazilyAndKeepsWhatCameBeforeAnError) {
     for (std::size_t i = 0; i < plain.size(); i += 7) plain[i] = static_cast<char>('a' + i % 26);
     uLongf size = compressBound(plain.size());
     std::string packed(size, '\0');
-    compress(reinterpret_cast<Bytef*>(packed.data()), &size, reinterpret_cast<const Bytef*>(plain.data()), plain.size());
+    compress(reinterpret_cast<Bytef*>(packed.data()), &size, reinterpret_cast<const Bytef*>(plain.data()),
+             plain.size());
     packed.resize(size);
 
     std::string out;

@@ -6,7 +6,8 @@
 
 namespace {
 
-void Walk(const ivMessageNode& node, std::vector<std::string>& scopes, std::vector<std::string>& out, bool paths) {
+void Walk(const ivMessageNode& node, std::vector<std::string>& scopes, std::vector<std::string>& out,
+          bool paths) {
     for (const auto& child : node.children) {
         if (child->isScope) {
             scopes.push_back(child->text);
@@ -49,7 +50,9 @@ std::unique_ptr<pdfDocument> DocFromBytes(const std::string& bytes, ivIOControl*
     return std::make_unique<pdfDocument>(MemStream(bytes), control);
 }
 
-std::string TestDataPath(const std::string& relativePath) { return std::string(VANTREL_TEST_DATA) + "/" + relativePath; }
+std::string TestDataPath(const std::string& relativePath) {
+    return std::string(VANTREL_TEST_DATA) + "/" + relativePath;
+}
 
 std::string ReadTestFile(const std::string& relativePath) {
     std::ifstream in(TestDataPath(relativePath), std::ios::binary);

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "pdf/analysis/pdfRoleRegistry.h"
-#include "pdf/object/pdfObjectAccess.h"
 #include "pdf/object/OpenedFixture.h"
+#include "pdf/object/pdfObjectAccess.h"
 
 namespace {
 
@@ -21,12 +21,11 @@ TEST(ObjectAnalysis, RolesOfFontsStructureAndSignatures) {
         std::uint32_t num;
         int role;
     } cases[] = {
-        {1, 29},  {2, 45}, {3, 6},   // catalog, page tree, page
-        {4, 4},   {5, 20}, {6, 3},   // font, its Widths array, its descriptor
-        {7, 2},   {8, 19},           // font file, ToUnicode
-        {9, 4},   {10, 0}, {11, 0},  // Type 3 font: a direct CharProcs dictionary is not walked
-        {12, 4},  {13, 23}, {14, 22},
-        {20, 43}, {21, 44}, {22, 0},  // only the root's K gets role 44
+        {1, 29},  {2, 45},  {3, 6},   // catalog, page tree, page
+        {4, 4},   {5, 20},  {6, 3},   // font, its Widths array, its descriptor
+        {7, 2},   {8, 19},            // font file, ToUnicode
+        {9, 4},   {10, 0},  {11, 0},  // Type 3 font: a direct CharProcs dictionary is not walked
+        {12, 4},  {13, 23}, {14, 22}, {20, 43}, {21, 44}, {22, 0},  // only the root's K gets role 44
         {23, 46}, {24, 0},
     };
     for (const auto& c : cases) EXPECT_EQ(FindEntry(f.Doc(), {c.num, 0})->role, c.role) << c.num;
@@ -62,15 +61,15 @@ TEST(RoleRegistry, MarkRoleFlags) {
     pdfObject* ref5 = NewRef(a, 5, 0);    // an indirect array
     pdfObject* ref13 = NewRef(a, 13, 0);  // an indirect dictionary
     EXPECT_EQ(MarkRole(d, nullptr, 1, 0), kFail);
-    EXPECT_EQ(MarkRole(d, ref5, 20, 0), kFail);        // arrays not allowed
-    EXPECT_EQ(MarkRole(d, ref13, 23, 0), kFail);       // dictionaries not allowed
+    EXPECT_EQ(MarkRole(d, ref5, 20, 0), kFail);              // arrays not allowed
+    EXPECT_EQ(MarkRole(d, ref13, 23, 0), kFail);             // dictionaries not allowed
     EXPECT_EQ(MarkRole(d, NewInt(a, 1), 20, 0), kNotFound);  // a direct value needs an entry
     EXPECT_EQ(MarkRole(d, ref5, 20, kMarkArrayItself), kOk);
     EXPECT_EQ(FindEntry(d, {5, 0})->role, 20);
     EXPECT_EQ(MarkRole(d, ref13, 23, kMarkIndirectDict), kOk);
     EXPECT_EQ(FindEntry(d, {13, 0})->role, 23);
-    EXPECT_EQ(f.TakeMessages(),
-              (std::vector<std::string>{"NULL Object passed", "Array is not allowed", "Dictionary is not allowed"}));
+    EXPECT_EQ(f.TakeMessages(), (std::vector<std::string>{"NULL Object passed", "Array is not allowed",
+                                                          "Dictionary is not allowed"}));
 }
 
 }  // namespace

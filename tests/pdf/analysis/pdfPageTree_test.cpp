@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "pdf/analysis/pdfContents.h"
+#include "pdf/object/OpenedFixture.h"
 #include "pdf/object/pdfObjectAccess.h"
 #include "pdf/object/pdfObjectText.h"
-#include "pdf/object/OpenedFixture.h"
 
 namespace {
 
@@ -34,7 +34,9 @@ TEST(PageTree, WalkBuildsThePageList) {
         {"tree-pages-is-page.pdf", {}, {"Page is not expected here"}},
         {"tree-node-without-kids.pdf", {}, {}},  // a Count that disagrees is not checked
         // Kids leading back to an ancestor end the walk there; the page is listed once.
-        {"tree-kids-cycle.pdf", {"3"}, {"Page tree node 2 0 R is its own ancestor; its Kids are not walked again"}},
+        {"tree-kids-cycle.pdf",
+         {"3"},
+         {"Page tree node 2 0 R is its own ancestor; its Kids are not walked again"}},
         // A page listed twice appears twice, and so does everything below a node listed twice.
         {"tree-listed-twice.pdf", {"5", "5", "3", "5", "5"}, {}},
         {"tree-nested-too-deep.pdf", {}, {"Objects are nested too deep to follow"}},
@@ -55,7 +57,8 @@ TEST(PageTree, SharedSubtreesStopWithinABudget) {
     Strings messages = AllMessages(f);
     ASSERT_FALSE(messages.empty());
     EXPECT_EQ(messages[0].rfind("Page tree node ", 0), 0u);
-    EXPECT_NE(messages[0].find(" is listed too many times; its Kids are not walked again"), std::string::npos);
+    EXPECT_NE(messages[0].find(" is listed too many times; its Kids are not walked again"),
+              std::string::npos);
 }
 
 TEST(PageTree, TreeNodesAndRoles) {
@@ -93,7 +96,7 @@ TEST(PageTree, InheritedAttributesAndMediaBoxes) {
             << i;
     }
     EXPECT_EQ(ObjectText(pages[0]->resources), "<< /ProcSet [/PDF] >>");  // from the grandparent
-    EXPECT_EQ(ObjectText(pages[1]->resources), "<< /Font << >> >>");     // by reference
+    EXPECT_EQ(ObjectText(pages[1]->resources), "<< /Font << >> >>");      // by reference
     // A Resources of the wrong type on the page itself does not fall back to the parents.
     EXPECT_EQ(pages[3]->resources, nullptr);
     EXPECT_EQ(AllMessages(f), Strings{"Page Attribute has an invalid type"});
@@ -112,8 +115,10 @@ TEST(PageContents, StreamsOfAPageReadAsOneList) {
     }
     // The array's second element is no stream, the third is decoded, the last is missing.
     EXPECT_EQ(lines, (Strings{"q", "1 0 0 1 10 10 cm", "[inline image] EI", "Q"}));
-    EXPECT_EQ(f.TakeMessages(), (Strings{"Reading Contents of Page 3 0 R > Not a stream",
-                                         "Reading Contents of Page 3 0 R > Reading Object 99 0 R > Object 99 0 R was not found"}));
+    EXPECT_EQ(
+        f.TakeMessages(),
+        (Strings{"Reading Contents of Page 3 0 R > Not a stream",
+                 "Reading Contents of Page 3 0 R > Reading Object 99 0 R > Object 99 0 R was not found"}));
 
     // Parsed once: a second request hands out the same list.
     std::shared_ptr<const pdfContentOps> again, single;

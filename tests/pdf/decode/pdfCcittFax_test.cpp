@@ -110,7 +110,7 @@ TEST(CcittG4, CorpusImageMatchesPoppler) {
 
 // The libtiff-coded image: rows from the run list, 1 bits white.
 class CcittRunsImage : public ::testing::Test {
-  protected:
+protected:
     void SetUp() override {
         std::istringstream text(ReadTestFile("decode/ccitt-runs.txt"));
         text >> m_width >> m_height;

@@ -10,7 +10,7 @@
 // A file from tests/data opened the way the application opens one, with the sink that
 // collected its messages and the file's bytes for the test's own look at them.
 class OpenedFixture {
-  public:
+public:
     explicit OpenedFixture(const std::string& name);
 
     ivPdf& Doc() { return *m_doc; }
@@ -31,7 +31,7 @@ class OpenedFixture {
     // leaving out whatever reading the catalog adds.
     std::vector<std::string> SectionMessages() const;
 
-  private:
+private:
     RecordingControl m_control;
     std::string m_bytes;
     std::unique_ptr<ivPdf> m_doc;

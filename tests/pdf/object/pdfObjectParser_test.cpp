@@ -20,7 +20,9 @@ struct Parsed {
     std::uint32_t streamPos = 0;
 };
 
-std::string Describe(const pdfObject* o) { return std::string(TypeName(o->tag)) + " " + ObjectText(o); }
+std::string Describe(const pdfObject* o) {
+    return std::string(TypeName(o->tag)) + " " + ObjectText(o);
+}
 
 Parsed Parse(const std::string& text, unsigned flags = 0) {
     RecordingControl ctl;
@@ -52,7 +54,7 @@ TEST(ObjectParser, NumbersAndReferences) {
         {"4294967297", {"Int 1"}, {}},  // digits wrap in 32 bits silently
         {"+5", {"Key +5"}, {}},         // there is no plus sign
         {"1e5", {"Int 1", "Key e5"}, {}},
-        {"-x", {"Int -72"}, {}},        // any byte after '-' counts as a digit, its code minus 48
+        {"-x", {"Int -72"}, {}},  // any byte after '-' counts as a digit, its code minus 48
         {"3 4 5 6 R 7", {"Int 3", "Int 4", "Indirect 5 6 R", "Int 7"}, {}},
         {"12 70000 R", {"Indirect 12 4464 R"}, {}},  // generation kept to 16 bits
     };
@@ -71,12 +73,14 @@ TEST(ObjectParser, LiteralStrings) {
     } cases[] = {
         // The first ')' ends the string; '(' is stored twice; ')' does not end a keyword.
         {"(a(b)c)", {"String (a((b)", "Key c)"}, {}},
-        {"(\\101\\9)", {"String (A9)"}, {"Backslash is ignored. Wrong escape sequence Stream Position:7, 0x7h"}},
-        {"(\\18)", {"String (/020)"}, {}},  // 8 counts as an octal digit: 1*8+8
-        {"(a\nb)", {"String (a/015b)"}, {}},  // LF is stored as CR
+        {"(\\101\\9)",
+         {"String (A9)"},
+         {"Backslash is ignored. Wrong escape sequence Stream Position:7, 0x7h"}},
+        {"(\\18)", {"String (/020)"}, {}},              // 8 counts as an octal digit: 1*8+8
+        {"(a\nb)", {"String (a/015b)"}, {}},            // LF is stored as CR
         {"(a\r\nb)", {"String (a/015/015/015b)"}, {}},  // CR LF becomes three CRs
-        {"(a\r\rb)", {"String (a/015/015b)"}, {}},  // a CR after a CR is absorbed
-        {"(a\\\nb)", {"String (ab)"}, {}},          // line continuation
+        {"(a\r\rb)", {"String (a/015/015b)"}, {}},      // a CR after a CR is absorbed
+        {"(a\\\nb)", {"String (ab)"}, {}},              // line continuation
         {"(\\n\\t\\\\\\))", {"String (/012/011\\/051)"}, {}},
         {"(\xFE\xFF\x00\x41)"s, {"UNICODE String (A)"}, {}},
         {"(\xFF\xFE\x41\x00)"s, {"UNICODE String (A)"}, {}},
@@ -157,8 +161,7 @@ TEST(ObjectParser, StreamKeyword) {
         std::uint32_t pos;
         bool message;
     } cases[] = {
-        {"<<>> stream\nDATA", 12, false},
-        {"<<>> stream\r\nDATA", 13, false},
+        {"<<>> stream\nDATA", 12, false},    {"<<>> stream\r\nDATA", 13, false},
         {"<<>> stream \r\nDATA", 14, false},  // blanks before the line end are allowed
         {"<<>> stream\rDATA", 13, true},      // CR alone: the byte after it is used up too
         {"<<>> streamDATA", 0, false},        // a different keyword
@@ -166,15 +169,16 @@ TEST(ObjectParser, StreamKeyword) {
     for (const auto& c : cases) {
         Parsed p = Parse(c.in);
         EXPECT_EQ(p.streamPos, c.pos) << c.in;
-        bool reported = !p.messages.empty() &&
-                        p.messages[0].rfind("Invalid characters after stream. Must be 0x0a or 0x0d 0x0a", 0) == 0;
+        bool reported =
+            !p.messages.empty() &&
+            p.messages[0].rfind("Invalid characters after stream. Must be 0x0a or 0x0d 0x0a", 0) == 0;
         EXPECT_EQ(reported, c.message) << c.in;
     }
 }
 
 TEST(ObjectParser, CommentsAndStatus) {
-    EXPECT_EQ(Parse("").status, kFail);                 // nothing read
-    EXPECT_EQ(Parse("1 % comment").status, kRemark);    // ended inside a comment
+    EXPECT_EQ(Parse("").status, kFail);               // nothing read
+    EXPECT_EQ(Parse("1 % comment").status, kRemark);  // ended inside a comment
     Parsed p = Parse("% c\r1");
     EXPECT_EQ(p.values, Strings{"Int 1"});
     EXPECT_EQ(p.status, kOk);
@@ -204,10 +208,11 @@ TEST(ObjectParser, InlineImages) {
     ParseObjects(*doc, src, list, kParseContent);
     ASSERT_EQ(list.items.size(), 2u);
     const auto* image = static_cast<const pdfInlineImage*>(list.items[0]);
-    EXPECT_EQ(ObjectText(image->params), "<< /Width 2 /Height (x) /ColorSpace /DeviceGray /BitsPerComponent 8 /Filter /AHx >>");
+    EXPECT_EQ(ObjectText(image->params),
+              "<< /Width 2 /Height (x) /ColorSpace /DeviceGray /BitsPerComponent 8 /Filter /AHx >>");
     EXPECT_EQ(std::string(image->Bytes().begin(), image->Bytes().end()), "0aff>");
     EXPECT_EQ(ctl.Texts(), Strings{"Number is Expected"});  // the Height
-    p = Parse("BI /W 1 ID abc", kParseContent);  // no EI: the data runs to the end
+    p = Parse("BI /W 1 ID abc", kParseContent);             // no EI: the data runs to the end
     EXPECT_EQ(p.messages, Strings{"Inline image data is not followed by EI Stream Position:14, 0xeh"});
     p = Parse("ID x", kParseContent);
     EXPECT_EQ(p.messages, Strings{"There was no BI previously Stream Position:3, 0x3h"});
@@ -229,7 +234,8 @@ TEST(ObjectHeader, ChecksNumbersAndKeyword) {
     EXPECT_TRUE(ReadObjectHeader(*doc, glued, &want, out));
     pdfParser empty(doc.get(), MemStream("11 0"), 0);
     EXPECT_FALSE(ReadObjectHeader(*doc, empty, &want, out));
-    EXPECT_EQ(ctl.Texts(), (Strings{"Object Misaligned Stream Position:8, 0x8h", "'obj' is expected Stream Position:8, 0x8h"}));
+    EXPECT_EQ(ctl.Texts(), (Strings{"Object Misaligned Stream Position:8, 0x8h",
+                                    "'obj' is expected Stream Position:8, 0x8h"}));
 }
 
 TEST(Accessors, TypedValues) {
@@ -271,7 +277,8 @@ TEST(ObjectModel, NamesSizesAndLookup) {
     ivArena arena;
     EXPECT_EQ(RecordSize(NewArray(arena, {})), 13u);
     EXPECT_EQ(RecordSize(NewDict(arena, {})), 21u);
-    pdfObject* items[] = {NewBytes(arena, kTagName, "Type"), NewBytes(arena, kTagString, std::string_view("XRef\0x", 6))};
+    pdfObject* items[] = {NewBytes(arena, kTagName, "Type"),
+                          NewBytes(arena, kTagString, std::string_view("XRef\0x", 6))};
     pdfDict* d = NewDict(arena, items);
     // Literal names compare up to the terminating 0, so embedded zeros end the comparison.
     EXPECT_TRUE(TextEquals(DictGet(d, "Type"), "XRef"));
