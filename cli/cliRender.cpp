@@ -7,6 +7,7 @@
 #include "cli/cliJson.h"
 #include "pdf/analysis/pdfPageLabel.h"
 #include "pdf/analysis/pdfRoles.h"
+#include "pdf/decode/ivDecrypt.h"
 #include "pdf/object/pdfObjectText.h"
 
 namespace {
@@ -167,6 +168,23 @@ void JsonInfo(JsonWriter& w, const std::optional<pdfDocInfo>& info) {
     w.EndObject();
 }
 
+void JsonEncryption(JsonWriter& w, const ivDecrypt* security) {
+    if (!security) {
+        w.Null();
+        return;
+    }
+    w.BeginObject();
+    w.Key("filter");
+    if (security->FilterName().empty())
+        w.Null();
+    else
+        w.String(security->FilterName());
+    w.Key("V").Number(security->V()).Key("R").Number(security->R()).Key("length").Number(security->Length());
+    w.Key("method").String(security->MethodText()).Key("authenticated").Bool(security->Authenticated());
+    w.Key("P").Number(security->P());
+    w.EndObject();
+}
+
 void JsonPage(JsonWriter& w, std::size_t index, const pdfPage& page) {
     w.BeginObject().Key("number").Number(static_cast<std::int64_t>(index + 1));
     w.Key("obj").Number(page.Id().num).Key("gen").Number(page.Id().gen);
@@ -201,7 +219,8 @@ std::string JsonReport(const ReportData& data) {
         w.Null();
     }
     w.Key("page_count").Number(data.doc ? static_cast<std::int64_t>(data.doc->Pages().size()) : 0);
-    w.Key("encryption").Null();
+    w.Key("encryption");
+    JsonEncryption(w, data.doc ? data.doc->Security() : nullptr);
     w.Key("info");
     JsonInfo(w, data.info);
     w.Key("sections").BeginArray();
@@ -267,6 +286,15 @@ std::string SectionText(const ivPdf& doc, const XrefSection& s, int revision) {
     return out;
 }
 
+std::string SecurityText(const ivDecrypt* security) {
+    if (!security) return "\nSecurity: No Security\n";
+    std::string out = "\nSecurity: " + security->MethodText() + ivFormat(", %d bit", security->Length());
+    out += ivFormat(", V %d, R %d, P %d, %s\n", security->V(), security->R(), security->P(),
+                    security->Authenticated() ? "password accepted" : "not authenticated");
+    if (security->Authenticated()) out += "  File key: " + security->FileKeyText() + "\n";
+    return out;
+}
+
 std::string PagesText(const ivPdf& d) {
     std::string out = ivFormat("\nPages: %zu\n", d.Pages().size());
     for (std::size_t i = 0; i < d.Pages().size(); ++i) {
@@ -318,6 +346,7 @@ std::string TextReport(const ReportData& data) {
     out += ivFormat("Sections: %zu\n", sections.size());
     for (std::size_t i = 0; i < sections.size(); ++i)
         out += SectionText(d, *sections[i], RevisionOf(i, sections.size()));
+    out += SecurityText(d.Security());
     out += PagesText(d);
     out += InfoText(data.info);
     out += "\n" + MessageTreeText(data.control);

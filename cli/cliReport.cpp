@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "cli/cliJson.h"
+#include "cli/cliPasswordPrompt.h"
 #include "cli/cliRender.h"
 #include "pdf/analysis/ivPdf.h"
 #include "pdf/analysis/pdfContents.h"
@@ -53,7 +54,10 @@ FileOutcome AnalyseFile(const std::string& path, const CliOptions& options) {
         outcome.exitStatus = kExitNotOpened;
     } else {
         data.doc = std::make_unique<ivPdf>(file.stream, path, &data.control);
+        cliPasswordPrompt prompt(options.password);
+        data.doc->SetPasswordPrompt(&prompt);
         data.openStatus = data.doc->Open();
+        data.doc->SetPasswordPrompt(nullptr);
         data.analyseStatus = data.doc->Analyse();
         data.info = ReadDocInfo(*data.doc);
         outcome.exitStatus = ExitStatusOf(data);
@@ -81,7 +85,10 @@ FileOutcome RunQuery(const std::string& path, const CliOptions& options,
     }
     ReportData data;
     data.doc = std::make_unique<ivPdf>(file.stream, path, &data.control);
+    cliPasswordPrompt prompt(options.password);
+    data.doc->SetPasswordPrompt(&prompt);
     data.openStatus = data.doc->Open();
+    data.doc->SetPasswordPrompt(nullptr);
     if (Succeeded(data.openStatus)) query(*data.doc, outcome);
     outcome.exitStatus = std::max(outcome.exitStatus, ExitStatusOf(data));
     if (options.quiet) return outcome;

@@ -100,3 +100,21 @@ std::string ivUtf16ToUtf8(std::u16string_view units) {
     }
     return out;
 }
+
+std::string ivUtf8ToCodePage(const std::string& text) {
+    if (!IsValidUtf8(text)) return text;
+    std::string out;
+    for (std::size_t i = 0; i < text.size();) {
+        auto c = static_cast<unsigned char>(text[i]);
+        int extra = c < 0x80 ? 0 : c < 0xE0 ? 1 : c < 0xF0 ? 2 : 3;
+        char32_t cp = extra ? c & (0x3F >> extra) : c;
+        for (int k = 1; k <= extra; ++k) cp = (cp << 6) | (static_cast<unsigned char>(text[i + k]) & 0x3F);
+        i += extra + 1;
+        char byte = '?';
+        if (cp < 0x80 || (cp >= 0xA0 && cp <= 0xFF)) byte = static_cast<char>(cp);
+        for (int k = 0; k < 32; ++k)
+            if (kCp1252High[k] == cp) byte = static_cast<char>(0x80 + k);
+        out += byte;
+    }
+    return out;
+}

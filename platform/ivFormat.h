@@ -23,6 +23,10 @@ std::string ivFormatOne(const std::string& format, const std::string& arg);
 // into UTF-8 for output: valid UTF-8 passes unchanged, anything else maps byte by byte.
 std::string ivTextToUtf8(const std::string& text);
 
+// UTF-8 text in the system code page (Windows-1252): characters it lacks become '?'. Text
+// that is not valid UTF-8 is taken as already 8-bit.
+std::string ivUtf8ToCodePage(const std::string& text);
+
 // Appends one code point as UTF-8.
 void ivAppendUtf8(std::string& out, char32_t codePoint);
 // UTF-16 as UTF-8: surrogate pairs joined, a lone half of a pair as U+FFFD.

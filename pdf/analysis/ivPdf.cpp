@@ -1,11 +1,13 @@
 #include "pdf/analysis/ivPdf.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <new>
 #include <unordered_set>
 
 #include "pdf/analysis/pdfLinearization.h"
 #include "pdf/analysis/pdfObjectAnalysis.h"
+#include "pdf/decode/ivDecrypt.h"
 #include "pdf/object/pdfDiagnostics.h"
 #include "pdf/object/pdfObjectAccess.h"
 #include "pdf/object/pdfRoleCodes.h"
@@ -29,6 +31,9 @@ ivStatus ivPdf::Open() {
         ivStatus st = ReadSectionChain();
         FinishSections();
         if (Failed(st)) return st;
+        // From here on every string and stream read is decrypted.
+        std::string shortName = std::filesystem::path(m_fileName).filename().string();
+        if (st = SetUpEncryption(*this, m_prompt, shortName); Failed(st)) return st;
         ComputeLengths(*this);
         ReadCatalogAndPages();
         return kOk;

@@ -9,6 +9,8 @@
 #include "pdf/analysis/pdfPageTree.h"
 #include "pdf/object/pdfDocument.h"
 
+class ivPasswordPrompt;
+
 // The document analyser: one per opened file. Open reads the physical structure, the catalog
 // and the page tree; Analyse visits every object of every section, records who refers to it,
 // gives it its role and checks it, then checks the linearization.
@@ -24,6 +26,8 @@ public:
     ivStatus Analyse();
 
     const std::string& FileName() const { return m_fileName; }
+    // Who is asked for a password when the empty one does not open the document; not owned.
+    void SetPasswordPrompt(ivPasswordPrompt* prompt) { m_prompt = prompt; }
 
     // The pages in tree order; a page listed twice in Kids is here twice.
     const std::vector<pdfPage*>& Pages() const { return m_pages; }
@@ -57,6 +61,7 @@ private:
     void IndexReferrers();
 
     std::string m_fileName;
+    ivPasswordPrompt* m_prompt = nullptr;
     std::vector<pdfPage*> m_pages;
     std::unique_ptr<pdfTree> m_root;
     ObjId m_catalogId;

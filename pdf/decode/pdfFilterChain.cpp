@@ -2,12 +2,14 @@
 
 #include <cstring>
 
+#include "pdf/decode/ivDecrypt.h"
 #include "pdf/decode/pdfAsciiFilters.h"
 #include "pdf/decode/pdfLzw.h"
 #include "pdf/decode/pdfPredictor.h"
 #include "pdf/object/pdfAccessors.h"
 #include "pdf/object/pdfDiagnostics.h"
 #include "pdf/object/pdfDocument.h"
+#include "pdf/object/pdfRoleCodes.h"
 #include "platform/ivSubStream.h"
 #include "platform/ivZlibUnCompress.h"
 
@@ -72,8 +74,16 @@ bool NameIs(const pdfObject* name, const char* full, const char* abbrev) {
     return std::strcmp(s, full) == 0 || std::strcmp(s, abbrev) == 0;
 }
 
-ivRef<ivStream> RawData(pdfDocument& doc, const pdfStream* stream, std::int32_t length) {
-    return ivSubStream::Create(doc.File(), stream->dataPos, static_cast<std::uint32_t>(length));
+// The stored bytes, decrypted when the document has a security handler (a cross-reference
+// stream never is encrypted). `length` becomes the plain length.
+ivRef<ivStream> RawData(pdfDocument& doc, const pdfStream* stream, const XrefEntry* entry, std::int32_t& length,
+                        bool stripPadding) {
+    ivDecrypt* security = doc.Security();
+    if (!security || (entry && entry->role == kRoleXrefStream))
+        return ivSubStream::Create(doc.File(), stream->dataPos, static_cast<std::uint32_t>(length));
+    const XrefEntry* own = stream->entry ? stream->entry : entry;
+    security->SetCurrentObject(own ? own->Id() : ObjId{});
+    return security->DecryptStream(*doc.File(), stream->dataPos, length, stripPadding);
 }
 
 }  // namespace
@@ -106,8 +116,10 @@ ivRef<ivStream> CreateFlateOrLZWFilter(pdfDocument& doc, ivRef<ivStream> source,
 
 namespace {
 
-// The stored bytes of a stream object, and its keys for the filter chain.
-ivStatus OpenStored(pdfDocument& doc, const pdfObject* obj, pdfDecodedStream& out, StreamKeys& keys) {
+// The stored bytes of a stream object, and its keys for the filter chain. AES padding is
+// stripped only when no filter follows.
+ivStatus OpenStored(pdfDocument& doc, const pdfObject* obj, const XrefEntry* entry, pdfDecodedStream& out,
+                    StreamKeys& keys) {
     out = pdfDecodedStream{};
     const pdfStream* stream = AsStream(obj);
     if (!stream) {
@@ -115,8 +127,8 @@ ivStatus OpenStored(pdfDocument& doc, const pdfObject* obj, pdfDecodedStream& ou
         return kInvalidArg;
     }
     keys = ReadStreamKeys(doc, stream->dict);
-    out.stream = RawData(doc, stream, keys.length);
     out.length = keys.length;
+    out.stream = RawData(doc, stream, entry, out.length, FilterCount(keys.filter) == 0);
     return kOk;
 }
 
@@ -124,13 +136,12 @@ ivStatus OpenStored(pdfDocument& doc, const pdfObject* obj, pdfDecodedStream& ou
 
 ivStatus OpenRawStream(pdfDocument& doc, const pdfObject* obj, pdfDecodedStream& out) {
     StreamKeys keys;
-    return OpenStored(doc, obj, out, keys);
+    return OpenStored(doc, obj, nullptr, out, keys);
 }
 
-ivStatus OpenDecodedStream(pdfDocument& doc, const pdfObject* obj, const XrefEntry* /*entry*/,
-                           pdfDecodedStream& out) {
+ivStatus OpenDecodedStream(pdfDocument& doc, const pdfObject* obj, const XrefEntry* entry, pdfDecodedStream& out) {
     StreamKeys keys;
-    if (ivStatus st = OpenStored(doc, obj, out, keys); Failed(st)) return st;
+    if (ivStatus st = OpenStored(doc, obj, entry, out, keys); Failed(st)) return st;
     std::uint32_t count = FilterCount(keys.filter);
     ivStatus status = kOk;
     const pdfObject* name = nullptr;

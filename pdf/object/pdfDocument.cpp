@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "pdf/decode/ivDecrypt.h"
+
 const ObjStmIndex::Item* ObjStmIndex::FindFirst(std::uint32_t num) const {
     auto it =
         std::lower_bound(byNumber.begin(), byNumber.end(), num,
@@ -13,6 +15,11 @@ pdfDocument::pdfDocument(ivRef<ivStream> file, ivIOControl* control)
     : m_control(control), m_file(std::move(file)), m_fileSize(m_file ? m_file->Size() : 0) {}
 
 pdfDocument::~pdfDocument() = default;
+
+ivDecrypt* pdfDocument::SetSecurity(std::unique_ptr<ivDecrypt> security) {
+    m_security = std::move(security);
+    return m_security.get();
+}
 
 XrefSection* pdfDocument::AppendSection() {
     m_sections.push_back(std::make_unique<XrefSection>());

@@ -11,6 +11,8 @@
 #include "platform/ivPtrMap.h"
 #include "platform/ivStream.h"
 
+class ivDecrypt;
+
 // Index of one object stream: its decoded data and, per object, number and absolute offset.
 struct ObjStmIndex {
     ivRef<ivStream> data;  // a memory stream with the decoded bytes
@@ -75,8 +77,11 @@ public:
     const std::vector<pdfStream*>& Streams() const { return m_streams; }
     ObjStmIndex* NewObjStmIndex();
 
-    // True once a standard security handler decrypts this document's strings and streams.
-    bool HasSecurityHandler() const { return m_hasSecurityHandler; }
+    // The standard security handler, once the encryption dictionary has been read; it then
+    // decrypts this document's strings and streams.
+    ivDecrypt* Security() const { return m_security.get(); }
+    bool HasSecurityHandler() const { return m_security != nullptr; }
+    ivDecrypt* SetSecurity(std::unique_ptr<ivDecrypt> security);
 
     std::uint16_t VersionMajor() const { return m_versionMajor; }
     std::uint16_t VersionMinor() const { return m_versionMinor; }
@@ -100,5 +105,5 @@ private:
     std::vector<std::unique_ptr<ObjStmIndex>> m_objStmIndexes;
     std::uint16_t m_versionMajor = 0, m_versionMinor = 0;
     int m_loadDepth = 0;
-    bool m_hasSecurityHandler = false;
+    std::unique_ptr<ivDecrypt> m_security;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "pdf/decode/ivDecrypt.h"
 #include "pdf/decode/pdfFilterChain.h"
 #include "pdf/object/pdfAccessors.h"
 #include "pdf/object/pdfDiagnostics.h"
@@ -114,6 +115,8 @@ pdfObject* LoadObject(pdfDocument& doc, XrefEntry* entry) {
                    entry->gen);
         return nullptr;
     }
+    // Strings of this object are decrypted with its own key.
+    if (doc.Security()) doc.Security()->SetCurrentObject(entry->Id());
     if (entry->Compressed()) return ReadFromObjectStream(doc, entry);
 
     if (entry->offset != pdfParser::kKeepPosition && entry->offset >= doc.FileSize()) {

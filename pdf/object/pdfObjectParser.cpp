@@ -3,6 +3,7 @@
 #include <cstring>
 #include <string>
 
+#include "pdf/decode/ivDecrypt.h"
 #include "pdf/object/pdfDiagnostics.h"
 #include "pdf/object/pdfDocument.h"
 #include "pdf/object/pdfInlineImage.h"
@@ -87,7 +88,8 @@ private:
     ivStatus ReadLiteralString();
     ivStatus ReadHexString();
     ivStatus ReadEscape(std::string& bytes);
-    void AppendString(const std::string& bytes);
+    void AppendString(std::string& bytes);
+    void Decrypt(std::string& bytes);
 
     pdfDocument& m_doc;
     pdfParser& m_src;
@@ -466,8 +468,8 @@ ivStatus ObjectReader::ReadLiteralString() {
     }
 }
 
-void ObjectReader::AppendString(const std::string& bytes) {
-    // Decryption of strings comes with the security handler.
+void ObjectReader::AppendString(std::string& bytes) {
+    Decrypt(bytes);
     auto b0 = static_cast<std::uint8_t>(bytes.size() > 0 ? bytes[0] : 0);
     auto b1 = static_cast<std::uint8_t>(bytes.size() > 1 ? bytes[1] : 0);
     bool bom = bytes.size() >= 4 && ((b0 == 0xFE && b1 == 0xFF) || (b0 == 0xFF && b1 == 0xFE));
@@ -488,6 +490,10 @@ void ObjectReader::AppendString(const std::string& bytes) {
         units[i] = bigEndian ? char16_t(hi << 8 | lo) : char16_t(lo << 8 | hi);
     }
     Append(NewUnicode(m_doc.Arena(), units));
+}
+
+void ObjectReader::Decrypt(std::string& bytes) {
+    if ((m_flags & kParseDecrypt) && m_doc.Security()) m_doc.Security()->DecryptString(bytes);
 }
 
 ivStatus ObjectReader::ReadHexString() {
@@ -515,6 +521,7 @@ ivStatus ObjectReader::ReadHexString() {
         }
     }
     if (n == 1) return kOk;  // deliberate: an odd digit count drops the whole value silently
+    Decrypt(bytes);
     Append(NewBytes(m_doc.Arena(), kTagHexString, bytes));
     return kOk;
 }

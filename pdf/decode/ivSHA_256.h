@@ -1,0 +1,22 @@
+#pragma once
+#include "pdf/decode/ivHache.h"
+
+// SHA-256 as published in FIPS 180-4.
+class ivSHA_256 final : public ivHache {
+public:
+    static constexpr std::uint32_t kDigestSize = 32;
+
+    ivSHA_256() { Init(); }
+    ivStatus Init() override;
+    ivStatus Update(std::span<const std::uint8_t> data) override;
+    std::uint32_t DigestSize() const override { return kDigestSize; }
+
+private:
+    void Finish(std::uint8_t* out) override;
+    void Compress(std::span<const std::uint8_t, 64> block);
+
+    std::array<std::uint32_t, 8> m_state{};
+    std::uint64_t m_bits = 0;  // message length in bits, modulo 2^64 as the padding wants
+    std::array<std::uint8_t, 64> m_block{};
+    std::size_t m_used = 0;
+};
