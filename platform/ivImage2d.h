@@ -20,14 +20,15 @@ public:
     // The largest pixel buffer one bitmap may take.
     static constexpr std::uint64_t kMaxBytes = std::uint64_t(1) << 29;
 
-    // kOutOfMemory when the size is zero, overflows or is over kMaxBytes.
-    ivStatus Create(Format format, std::uint32_t width, std::uint32_t height);
+    // kOutOfMemory when the size is zero, overflows or is over kMaxBytes. `bitsPerPixel`
+    // chooses 2 instead of 4 bits for kIndexed4 (0 keeps the format's own depth).
+    ivStatus Create(Format format, std::uint32_t width, std::uint32_t height, int bitsPerPixel = 0);
 
     Format PixelFormat() const { return m_format; }
     std::uint32_t Width() const { return m_width; }
     std::uint32_t Height() const { return m_height; }
     std::uint32_t Stride() const { return m_stride; }
-    int BitsPerPixel() const;
+    int BitsPerPixel() const { return m_bits; }
     std::uint8_t* Row(std::uint32_t y) { return m_pixels.data() + std::size_t(y) * m_stride; }
     const std::uint8_t* Row(std::uint32_t y) const { return m_pixels.data() + std::size_t(y) * m_stride; }
     std::span<std::uint8_t> Pixels() { return m_pixels; }
@@ -38,6 +39,7 @@ public:
 
 private:
     Format m_format = kGray8;
+    int m_bits = 8;
     std::uint32_t m_width = 0, m_height = 0, m_stride = 0;
     std::vector<std::uint8_t> m_pixels;
     std::vector<std::uint32_t> m_palette;

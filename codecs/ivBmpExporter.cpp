@@ -1,0 +1,2 @@
+#include "codecs/ivCodecs.h"
+std::unique_ptr<ivImageExporter> CreateBmpExporter() { return nullptr; }
