@@ -121,6 +121,12 @@ CliAction ParseCommandLine(const std::vector<std::string>& args, CliOptions& opt
     return CheckCombinations(options, error) ? CliAction::Run : CliAction::UsageError;
 }
 
+std::string ExportFormatId(const std::string& format) {
+    if (format == "jpg") return "jpeg";
+    if (format == "tif") return "tiff";
+    return format;
+}
+
 std::string UsageText() {
     return "Usage: vantrel-cli [OPTIONS] FILE.pdf [FILE.pdf ...]\n"
            "\n"

@@ -27,6 +27,9 @@ enum class CliAction { Run, Help, Version, UsageError };
 // Parses the arguments after the program name. On a usage error `error` says what is wrong.
 CliAction ParseCommandLine(const std::vector<std::string>& args, CliOptions& options, std::string& error);
 
+// The export filter's identifier for a --format value ("jpg" → "jpeg").
+std::string ExportFormatId(const std::string& format);
+
 // The text printed by --help.
 std::string UsageText();
 

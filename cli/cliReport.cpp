@@ -1,6 +1,7 @@
 #include "cli/cliReport.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <functional>
 
@@ -9,11 +10,16 @@
 #include "cli/cliRender.h"
 #include "pdf/analysis/ivPdf.h"
 #include "pdf/analysis/pdfContents.h"
+#include "pdf/analysis/pdfImageExport.h"
 #include "pdf/decode/pdfFilterChain.h"
 #include "pdf/object/pdfDiagnostics.h"
 #include "pdf/object/pdfObjectAccess.h"
 #include "pdf/object/pdfObjectText.h"
 #include "platform/ivFileStream.h"
+
+#ifndef _WIN32
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -35,9 +41,32 @@ OpenedFile OpenFile(const std::string& path) {
     return f;
 }
 
+bool StandardErrorIsTerminal() {
+#ifndef _WIN32
+    return isatty(fileno(stderr)) != 0;
+#else
+    return false;
+#endif
+}
+
 int ExitStatusOf(const ReportData& data) {
     if (Failed(data.openStatus)) return kExitNotOpened;
     return data.control.MessageCount() ? kExitMessages : kExitClean;
+}
+
+// Exports the images, with a progress line on standard error when it is a terminal.
+void ExportFileImages(ivPdf& doc, const CliOptions& options) {
+    pdfExportSettings settings;
+    settings.si_Folder = *options.exportDir;
+    settings.si_keepJpeg = options.keepJpeg;
+    settings.si_name = options.naming == "index" ? 1 : 0;
+    settings.si_format = ExportFormatId(options.format);
+    const bool showProgress = !options.quiet && StandardErrorIsTerminal();
+    ExportImages(doc, settings, [&](std::uint32_t done, std::uint32_t total) {
+        if (showProgress)
+            std::fprintf(stderr, "\rExporting images of %s: %u/%u", doc.FileName().c_str(), done, total);
+    });
+    if (showProgress) std::fputs("\n", stderr);
 }
 
 }  // namespace
@@ -60,6 +89,7 @@ FileOutcome AnalyseFile(const std::string& path, const CliOptions& options) {
         data.doc->SetPasswordPrompt(nullptr);
         data.analyseStatus = data.doc->Analyse();
         data.info = ReadDocInfo(*data.doc);
+        if (options.exportDir) ExportFileImages(*data.doc, options);
         outcome.exitStatus = ExitStatusOf(data);
     }
     if (options.quiet) return outcome;

@@ -1,6 +1,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <mutex>
 #include <thread>
@@ -8,6 +9,7 @@
 
 #include "cli/cliOptions.h"
 #include "cli/cliReport.h"
+#include "platform/ivCodec.h"
 
 namespace {
 
@@ -75,8 +77,17 @@ int main(int argc, char** argv) {
             break;
     }
     if (options.exportDir) {
-        std::fprintf(stderr, "vantrel-cli: --export-images is not available in this version yet\n");
-        return kExitUsage;
+        if (!CreateInterface<ivImageExporter>(ExportFormatId(options.format))) {
+            std::fprintf(stderr, "vantrel-cli: --format %s is not available in this build\n",
+                         options.format.c_str());
+            return kExitUsage;
+        }
+        std::error_code ec;
+        std::filesystem::create_directories(*options.exportDir, ec);
+        if (!std::filesystem::is_directory(*options.exportDir, ec)) {
+            std::fprintf(stderr, "vantrel-cli: Can't create folder %s\n", options.exportDir->c_str());
+            return kExitUsage;
+        }
     }
     if (options.streamRequested || options.contentsPage) {
         FileOutcome o = options.streamRequested ? WriteStreamData(options.files.front(), options)
