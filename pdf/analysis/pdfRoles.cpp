@@ -80,6 +80,8 @@ bool SameIgnoringCase(std::string_view a, const char* b) {
 
 }  // namespace
 
+std::span<const pdfRoleInfo> RoleTable() { return kRoles; }
+
 const char* RoleTitle(std::uint8_t code) {
     const pdfRoleInfo* row = FirstRow(code);
     return row ? row->title : nullptr;

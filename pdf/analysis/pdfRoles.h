@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 // One row of the role table: the code an entry carries for the use it was first met in,
@@ -9,6 +10,9 @@ struct pdfRoleInfo {
     const char* section;  // null when the role has no key-help section
     const char* title;    // null when the role has no title
 };
+
+// Every row of the role table, in its stored order.
+std::span<const pdfRoleInfo> RoleTable();
 
 // The title of a role: the first row with the code in stored order; null for none.
 const char* RoleTitle(std::uint8_t code);
