@@ -122,30 +122,34 @@ void FillPalette(ivPdf& doc, ivImage2d& image, pdfImageDescription& d) {
     }
 }
 
-// Reads the image's samples row by row straight into the bitmap.
+// Reads the image's samples row by row straight into the bitmap. A row longer than the
+// bitmap's (16-bit samples, a depth the format does not have) goes through a buffer: 16-bit
+// samples keep their high byte, anything else is cut to the bitmap's row.
 void ReadRows(ivPdf& doc, ivStream& data, ivImage2d& image, const pdfImageDescription& d) {
-    const int components = image.PixelFormat() == ivImage2d::kCmyk32  ? 4
+    const int components = image.PixelFormat() == ivImage2d::kCmyk32 ? 4
                            : image.PixelFormat() == ivImage2d::kBgr24 ? 3
-                                                                      : 1;
+                                                                       : 1;
     const std::uint64_t rowBytes = (std::uint64_t(image.Width()) * d.bitsPerComponent * components + 7) / 8;
+    const bool direct = rowBytes <= image.Stride();
     const bool sixteen = d.bitsPerComponent == 16 && image.PixelFormat() == ivImage2d::kBgr24;
-    std::vector<std::uint8_t> row(static_cast<std::size_t>(rowBytes));
+    std::vector<std::uint8_t> buffer(direct ? 0 : static_cast<std::size_t>(rowBytes));
     ivByteReader in(data);
     for (std::uint32_t y = 0; y < image.Height(); ++y) {
-        std::uint32_t got = in.Read(row.data(), static_cast<std::uint32_t>(row.size()));
-        if (got < row.size()) {
-            if (Failed(in.LastStatus())) {
-                Report(doc, "Read error: %s\n", data.ErrorText().c_str());
-            } else {
-                Report(doc, "Error in reading image");
-            }
-            return;
-        }
         std::uint8_t* out = image.Row(y);
-        if (sixteen) {  // the high byte of each sample
-            for (std::size_t i = 0; i < image.Stride() && 2 * i < row.size(); ++i) out[i] = row[2 * i];
-        } else {
-            std::memcpy(out, row.data(), std::min<std::size_t>(row.size(), image.Stride()));
+        std::uint8_t* target = direct ? out : buffer.data();
+        std::uint32_t got = in.Read(target, static_cast<std::uint32_t>(rowBytes));
+        if (!direct) {
+            if (sixteen)
+                for (std::size_t i = 0; i < image.Stride() && 2 * i < got; ++i) out[i] = buffer[2 * i];
+            else
+                std::memcpy(out, buffer.data(), std::min<std::size_t>(got, image.Stride()));
+        }
+        if (got < rowBytes) {
+            if (Failed(in.LastStatus()))
+                Report(doc, "Read error: %s\n", data.ErrorText().c_str());
+            else
+                Report(doc, "Error in reading image");
+            return;
         }
         if (image.PixelFormat() == ivImage2d::kBgr24)
             for (std::uint32_t x = 0; x < image.Width(); ++x) std::swap(out[3 * x], out[3 * x + 2]);
@@ -184,6 +188,8 @@ CodecOutcome DecodeWithCodec(ivPdf& doc, const char* id, const char* missing, co
         }
     }
     *status = importer->Decode(*data.stream, image);
+    // Data the codec could only partly decode (it says why) counts as not decoded.
+    if (*status == kRemark && !importer->ErrorText().empty()) *status = kFail;
     if (Failed(*status)) {
         std::string why = importer->ErrorText();
         Report(doc, "Image can't be decoded: %s", why.empty() ? "damaged data" : why.c_str());
@@ -287,7 +293,8 @@ ivStatus DecodeImage(ivPdf& doc, const pdfObject* object, std::unique_ptr<ivImag
         return kWrongType;
     }
     pdfImageDescription desc;
-    if (Failed(status = CreateImageFromDictionary(doc, dict, *image, desc))) return kWrongType;
+    if (Failed(status = CreateImageFromDictionary(doc, dict, *image, desc)))
+        return status == kOutOfMemory ? kOutOfMemory : kWrongType;
     ReadRows(doc, *data.stream, *image, desc);
     return status;
 }

@@ -395,8 +395,10 @@ ivStatus DecodeCCITTG4(ivStream& source, ivImage2d& image, const CcittParams& pa
     std::fill(image.Pixels().begin(), image.Pixels().end(), std::uint8_t{0xFF});
     auto& palette = image.Palette();
     if (palette.size() < 2) palette.resize(2);
-    palette[0] = params.blackIs1 ? kBlack : kWhite;
-    palette[1] = params.blackIs1 ? kWhite : kBlack;
+    // White runs are stored as 1 bits, so without BlackIs1 entry 1 is white; with BlackIs1 the
+    // samples mean the opposite and the image reads as the file's samples do.
+    palette[0] = params.blackIs1 ? kWhite : kBlack;
+    palette[1] = params.blackIs1 ? kBlack : kWhite;
     // Deliberate: one-dimensional and mixed coding (K >= 0) are not decoded.
     if (params.k >= 0) return kOk;
     try {

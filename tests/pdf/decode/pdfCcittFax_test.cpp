@@ -168,7 +168,8 @@ TEST(CcittFaxDecode, ReadsParametersInDictionaryOrder) {
     const std::string data = Bits("001 0111 10 1 000011 111");
     const Rows aligned{"..###...", "..###..."}, packed{"..###...", "....#..."}, untouched{"-", "-"};
     using Palette = std::vector<std::uint32_t>;
-    const Palette wb{kWhite, kBlack}, bw{kBlack, kWhite};
+    // White runs are 1 bits: without BlackIs1 entry 1 is white, with it entry 1 is black.
+    const Palette wb{kBlack, kWhite}, bw{kWhite, kBlack};
     const struct {
         const char* params;
         Rows rows;
