@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "pdf/object/pdfObjList.h"
+#include "pdf/object/pdfSharedRecords.h"
 #include "pdf/object/pdfXref.h"
 #include "platform/ivArena.h"
 #include "platform/ivIOControl.h"
@@ -44,6 +45,7 @@ public:
     std::uint64_t FileSize() const { return m_fileSize; }
     ivArena& Arena() { return m_arena; }
     ObjListPool& ListPool() { return m_lists; }
+    pdfSharedRecords& Shared() { return m_shared; }
 
     // Sections in reading order, newest first.
     const std::vector<std::unique_ptr<XrefSection>>& Sections() const { return m_sections; }
@@ -96,6 +98,7 @@ private:
     std::uint64_t m_fileSize;
     ivArena m_arena;
     ObjListPool m_lists;
+    pdfSharedRecords m_shared{m_arena};
     std::vector<std::unique_ptr<XrefSection>> m_sections;
     std::vector<XrefEntry*> m_index;     // newest entry per id, sorted; built by FinishSections
     std::vector<XrefEntry*> m_byNumber;  // lowest-generation entry of m_index per number, when dense

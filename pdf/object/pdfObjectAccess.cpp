@@ -142,6 +142,8 @@ pdfObject* ReadObjectBody(pdfDocument& doc, pdfParser& source, XrefEntry* entry,
     }
     if (list->items.size() > 1) Report(doc, "Only one object is expected. missed 'endobj'?");
     pdfObject* first = list->items.front();
+    // An object's own record is never shared, so that the record leads back to its entry.
+    if (pdfSharedRecords::Shareable(first)) first = pdfSharedRecords::Copy(doc.Arena(), first);
     if (list->streamPos == 0) {
         entry->object = first;
         doc.NoteLoaded(entry);

@@ -64,11 +64,11 @@ private:
     }
     void Flush() {
         for (int i = 0; i < m_pending; ++i)
-            m_list.items.push_back(NewInt(m_doc.Arena(), static_cast<std::int32_t>(m_ints[i])));
+            m_list.items.push_back(m_doc.Shared().Int(static_cast<std::int32_t>(m_ints[i])));
         m_pending = 0;
     }
     void FlushOlder() {
-        m_list.items.push_back(NewInt(m_doc.Arena(), static_cast<std::int32_t>(m_ints[0])));
+        m_list.items.push_back(m_doc.Shared().Int(static_cast<std::int32_t>(m_ints[0])));
         m_ints[0] = m_ints[1];
         m_pending = 1;
     }
@@ -231,7 +231,7 @@ void ObjectReader::OnMinus() {
     if (n.isReal && !n.failed)
         Append(NewReal(m_doc.Arena(), -n.real));
     else
-        Append(NewInt(m_doc.Arena(), static_cast<std::int32_t>(0u - n.integer)));
+        Append(m_doc.Shared().Int(static_cast<std::int32_t>(0u - n.integer)));
 }
 
 bool ObjectReader::Dispatch(std::uint8_t c, ivStatus* result) {
@@ -264,7 +264,7 @@ bool ObjectReader::Dispatch(std::uint8_t c, ivStatus* result) {
         case '.': {
             Number n = ReadNumber(0, true);
             if (n.failed)
-                Append(NewInt(m_doc.Arena(), static_cast<std::int32_t>(n.integer)));
+                Append(m_doc.Shared().Int(static_cast<std::int32_t>(n.integer)));
             else
                 Append(NewReal(m_doc.Arena(), n.real));
             break;
@@ -300,7 +300,7 @@ bool ObjectReader::OnKeyword(std::uint8_t first, ivStatus* result) {
         word += static_cast<char>(c);
     }
     if (word == "ID") {
-        Append(NewBytes(m_doc.Arena(), kTagKey, word));
+        Append(m_doc.Shared().Key(word));
         if (m_biIndex < 0) {
             ReportAt(m_doc, m_src, "There was no BI previously");
         } else {
@@ -310,11 +310,11 @@ bool ObjectReader::OnKeyword(std::uint8_t first, ivStatus* result) {
     } else if (word == "BI") {
         if (m_biIndex >= 0) ReportAt(m_doc, m_src, "Nested Inline images are not allowed");
         m_biIndex = static_cast<std::ptrdiff_t>(m_list.items.size());
-        Append(NewBytes(m_doc.Arena(), kTagKey, word));
+        Append(m_doc.Shared().Key(word));
     } else if (word == "true" || word == "false") {
-        Append(NewBool(m_doc.Arena(), word == "true"));
+        Append(m_doc.Shared().Bool(word == "true"));
     } else if (word == "null") {
-        Append(NewNull(m_doc.Arena()));
+        Append(m_doc.Shared().Null());
     } else if (word == "endobj") {
         if (m_flags & kParseToEndobj) {
             *result = kOk;
@@ -330,7 +330,7 @@ bool ObjectReader::OnKeyword(std::uint8_t first, ivStatus* result) {
         *result = kOk;
         return true;
     } else {
-        Append(NewBytes(m_doc.Arena(), kTagKey, word));
+        Append(m_doc.Shared().Key(word));
     }
     return false;
 }
@@ -382,7 +382,7 @@ ivStatus ObjectReader::ReadName() {
         }
         name += static_cast<char>(c);
     }
-    Append(NewBytes(m_doc.Arena(), kTagName, name));
+    Append(m_doc.Shared().Name(name));
     return kOk;
 }
 

@@ -1,0 +1,86 @@
+#include "pdf/object/pdfSharedRecords.h"
+
+#include <cstring>
+
+namespace {
+
+std::uint64_t Hash(pdfTag tag, std::string_view bytes) {
+    std::uint64_t h = 0xcbf29ce484222325ull ^ tag;
+    for (char c : bytes) h = (h ^ static_cast<std::uint8_t>(c)) * 0x100000001b3ull;
+    return h ^ (h >> 29);
+}
+
+bool Same(const pdfBytes* r, pdfTag tag, std::string_view bytes) {
+    return r->tag == tag && r->View() == bytes;
+}
+
+}  // namespace
+
+pdfBytes* pdfSharedRecords::Intern(pdfTag tag, std::string_view bytes) {
+    if ((m_count + 1) * 2 > m_table.size()) Grow();
+    const std::size_t mask = m_table.size() - 1;
+    for (std::size_t i = Hash(tag, bytes) & mask;; i = (i + 1) & mask) {
+        pdfBytes*& slot = m_table[i];
+        if (!slot) {
+            slot = NewBytes(m_arena, tag, bytes);
+            ++m_count;
+            return slot;
+        }
+        if (Same(slot, tag, bytes)) return slot;
+    }
+}
+
+void pdfSharedRecords::Grow() {
+    std::vector<pdfBytes*> old(m_table.empty() ? 256 : m_table.size() * 2, nullptr);
+    old.swap(m_table);
+    const std::size_t mask = m_table.size() - 1;
+    for (pdfBytes* r : old) {
+        if (!r) continue;
+        std::size_t i = Hash(static_cast<pdfTag>(r->tag), r->View()) & mask;
+        while (m_table[i]) i = (i + 1) & mask;
+        m_table[i] = r;
+    }
+}
+
+pdfInt* pdfSharedRecords::Int(std::int32_t value) {
+    if (value < kSmallMin || value > kSmallMax) return NewInt(m_arena, value);
+    pdfInt*& slot = m_ints[static_cast<std::size_t>(value - kSmallMin)];
+    if (!slot) slot = NewInt(m_arena, value);
+    return slot;
+}
+
+pdfBool* pdfSharedRecords::Bool(bool value) {
+    pdfBool*& slot = m_bools[value ? 1 : 0];
+    if (!slot) slot = NewBool(m_arena, value);
+    return slot;
+}
+
+pdfObject* pdfSharedRecords::Null() {
+    if (!m_null) m_null = NewNull(m_arena);
+    return m_null;
+}
+
+bool pdfSharedRecords::Shareable(const pdfObject* o) {
+    switch (o->tag) {
+        case kTagName:
+        case kTagKey:
+        case kTagInt:
+        case kTagBool:
+        case kTagNull: return true;
+        default: return false;
+    }
+}
+
+pdfObject* pdfSharedRecords::Copy(ivArena& arena, const pdfObject* o) {
+    switch (o->tag) {
+        case kTagName:
+        case kTagKey: {
+            const auto* b = static_cast<const pdfBytes*>(o);
+            return NewBytes(arena, static_cast<pdfTag>(o->tag), b->View());
+        }
+        case kTagInt: return NewInt(arena, static_cast<const pdfInt*>(o)->value);
+        case kTagBool: return NewBool(arena, static_cast<const pdfBool*>(o)->value != 0);
+        case kTagNull: return NewNull(arena);
+        default: return const_cast<pdfObject*>(o);
+    }
+}
