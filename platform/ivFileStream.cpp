@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <algorithm>
 #include <cstring>
 
 #ifdef _WIN32
@@ -29,7 +30,7 @@ ivFileStream::~ivFileStream() {
     delete m_handle;
 }
 
-ivStatus ivFileStream::Read(void* buffer, std::uint32_t count, std::uint32_t* read) {
+ivStatus ivFileStream::ReadDirect(void* buffer, std::uint32_t count, std::uint32_t* read) {
     if (read) *read = 0;
     if (m_pos >= m_size || count == 0) return kRemark;
     _fseeki64(m_handle->file, static_cast<long long>(m_pos), SEEK_SET);
@@ -75,7 +76,7 @@ ivFileStream::~ivFileStream() {
     delete m_handle;
 }
 
-ivStatus ivFileStream::Read(void* buffer, std::uint32_t count, std::uint32_t* read) {
+ivStatus ivFileStream::ReadDirect(void* buffer, std::uint32_t count, std::uint32_t* read) {
     if (read) *read = 0;
     if (m_pos >= m_size || count == 0) return kRemark;
     std::uint32_t total = 0;
@@ -97,6 +98,40 @@ ivStatus ivFileStream::Read(void* buffer, std::uint32_t count, std::uint32_t* re
     return total ? kOk : kRemark;
 }
 #endif
+
+bool ivFileStream::LoadBlock(std::uint64_t start) {
+    if (!m_block) m_block = std::make_unique<std::uint8_t[]>(kBlockSize);
+    std::uint64_t saved = m_pos;
+    m_pos = start;
+    m_blockLength = 0;
+    ivStatus st = ReadDirect(m_block.get(), kBlockSize, &m_blockLength);
+    m_pos = saved;
+    m_blockStart = start;
+    return Succeeded(st) && m_blockLength > 0;
+}
+
+ivStatus ivFileStream::Read(void* buffer, std::uint32_t count, std::uint32_t* read) {
+    if (count >= kBlockSize / 2) return ReadDirect(buffer, count, read);
+    if (read) *read = 0;
+    if (m_pos >= m_size || count == 0) return kRemark;
+    auto* out = static_cast<std::uint8_t*>(buffer);
+    std::uint32_t total = 0;
+    while (total < count && m_pos < m_size) {
+        if (m_pos < m_blockStart || m_pos >= m_blockStart + m_blockLength) {
+            if (!LoadBlock(m_pos & ~std::uint64_t(kBlockSize - 1))) {
+                if (total == 0) return m_error.empty() ? kRemark : kFail;
+                break;
+            }
+        }
+        auto n = static_cast<std::uint32_t>(
+            std::min<std::uint64_t>(count - total, m_blockStart + m_blockLength - m_pos));
+        std::memcpy(out + total, m_block.get() + (m_pos - m_blockStart), n);
+        total += n;
+        m_pos += n;
+    }
+    if (read) *read = total;
+    return total ? kOk : kRemark;
+}
 
 ivStatus ivFileStream::Write(const void*, std::uint32_t, std::uint32_t* written) {
     if (written) *written = 0;

@@ -24,8 +24,17 @@ public:
 
 private:
     ivFileStream() = default;
+    ivStatus ReadDirect(void* buffer, std::uint32_t count, std::uint32_t* read);
+    bool LoadBlock(std::uint64_t start);
+
     struct Handle;
     Handle* m_handle = nullptr;
+    // Small reads (one object at a time) are served from one aligned block, so the file is
+    // asked once per block rather than once per object.
+    static constexpr std::uint32_t kBlockSize = 64 * 1024;
+    std::unique_ptr<std::uint8_t[]> m_block;
+    std::uint64_t m_blockStart = 0;
+    std::uint32_t m_blockLength = 0;
     std::uint64_t m_size = 0;
     std::uint64_t m_pos = 0;
     std::string m_error;

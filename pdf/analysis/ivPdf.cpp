@@ -123,30 +123,28 @@ void ivPdf::RecordReferences(XrefEntry* entry, const pdfObject* object) {
     }
     std::sort(targets.begin(), targets.end());
     targets.erase(std::unique(targets.begin(), targets.end()), targets.end());
-    for (XrefEntry* target : targets) m_references.emplace_back(target, entry);
+    for (XrefEntry* target : targets) m_references.emplace_back(target->ordinal, entry->ordinal);
 }
 
 void ivPdf::IndexReferrers() {
-    std::stable_sort(m_references.begin(), m_references.end(),
-                     [](const auto& a, const auto& b) { return std::less<>()(a.first, b.first); });
-    m_referrers.clear();
-    m_referrers.reserve(m_references.size());
-    for (std::size_t i = 0; i < m_references.size(); ++i) {
-        XrefEntry* target = m_references[i].first;
-        if (i == 0 || m_references[i - 1].first != target) {
-            target->referrersFirst = static_cast<std::uint32_t>(m_referrers.size());
-            target->referrersCount = 0;
-        }
-        m_referrers.push_back(m_references[i].second);
-        ++target->referrersCount;
-    }
+    // A counting sort by target keeps each target's referrers in the order they were met.
+    const std::size_t entries = AllEntries().size();
+    m_referrerStart.assign(entries + 1, 0);
+    for (const auto& [target, referrer] : m_references) ++m_referrerStart[target + 1];
+    for (std::size_t i = 0; i < entries; ++i) m_referrerStart[i + 1] += m_referrerStart[i];
+    m_referrers.resize(m_references.size());
+    std::vector<std::uint32_t> next(m_referrerStart.begin(), m_referrerStart.end() - 1);
+    for (const auto& [target, referrer] : m_references) m_referrers[next[target]++] = referrer;
     m_references.clear();
     m_references.shrink_to_fit();
 }
 
-std::span<XrefEntry* const> ivPdf::Referrers(const XrefEntry* entry) const {
-    if (!entry->referrersCount) return {};
-    return {m_referrers.data() + entry->referrersFirst, entry->referrersCount};
+std::vector<XrefEntry*> ivPdf::Referrers(const XrefEntry* entry) const {
+    std::vector<XrefEntry*> out;
+    if (entry->ordinal + 1 >= m_referrerStart.size()) return out;
+    for (std::uint32_t i = m_referrerStart[entry->ordinal]; i < m_referrerStart[entry->ordinal + 1]; ++i)
+        out.push_back(AllEntries()[m_referrers[i]]);
+    return out;
 }
 
 std::string VersionText(std::uint16_t major, std::uint16_t minor) {

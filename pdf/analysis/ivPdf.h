@@ -39,7 +39,7 @@ public:
     const pdfObject* Catalog() const { return m_catalog; }
 
     // The entries whose objects refer to `entry`'s object, in the order they were met.
-    std::span<XrefEntry* const> Referrers(const XrefEntry* entry) const;
+    std::vector<XrefEntry*> Referrers(const XrefEntry* entry) const;
 
     // Parsed content streams, kept until the document is closed.
     std::shared_ptr<const std::vector<pdfObject*>> CachedContents(const pdfObject* stream) const {
@@ -68,9 +68,11 @@ private:
     const pdfObject* m_catalog = nullptr;
     int m_walkDepth = 0;
 
-    // (target, referrer) pairs as recorded, then grouped by target once the analysis ends.
-    std::vector<std::pair<XrefEntry*, XrefEntry*>> m_references;
-    std::vector<XrefEntry*> m_referrers;  // grouped by target; entries hold their range
+    // (target, referrer) ordinals as recorded, then grouped by target once the analysis ends:
+    // the referrers of entry i are m_referrers[m_referrerStart[i] .. m_referrerStart[i + 1]).
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> m_references;
+    std::vector<std::uint32_t> m_referrers;
+    std::vector<std::uint32_t> m_referrerStart;
     std::vector<const pdfObject*> m_scratchPending;
     std::vector<XrefEntry*> m_scratchTargets;
     std::unordered_map<const pdfObject*, std::shared_ptr<const std::vector<pdfObject*>>> m_contents;

@@ -49,7 +49,6 @@ void pdfDocument::FinishSections() {
             if (!m_byNumber[e->num]) m_byNumber[e->num] = e;
     }
     m_indexed = true;
-    m_loaded.Reserve(m_index.size());
 }
 
 XrefEntry* pdfDocument::LookupEntry(ObjId id) const {
@@ -74,9 +73,58 @@ XrefEntry* pdfDocument::LookupEntry(ObjId id) const {
     return real;
 }
 
+namespace {
+
+// Most records keep three bytes of padding after their tag; an object's own record keeps its
+// entry's ordinal (plus one) there, so a record leads back to its entry without a lookup.
+// Records whose second byte holds data (Bool, Indirect) or that are one byte long (NULL) go
+// through a map instead.
+constexpr std::uint32_t kNoOwnerSlot = 0xFFFFFF;
+
+bool HasOwnerSlot(const pdfObject* o) {
+    switch (o->tag) {
+        case kTagNull:
+        case kTagBool:
+        case kTagIndirect: return false;
+        default: return true;
+    }
+}
+
+std::uint32_t ReadOwner(const pdfObject* o) {
+    const auto* b = reinterpret_cast<const std::uint8_t*>(o);
+    return b[1] | std::uint32_t(b[2]) << 8 | std::uint32_t(b[3]) << 16;
+}
+
+void WriteOwner(pdfObject* o, std::uint32_t value) {
+    auto* b = reinterpret_cast<std::uint8_t*>(o);
+    b[1] = static_cast<std::uint8_t>(value);
+    b[2] = static_cast<std::uint8_t>(value >> 8);
+    b[3] = static_cast<std::uint8_t>(value >> 16);
+}
+
+}  // namespace
+
+XrefEntry* pdfDocument::NewEntry() {
+    XrefEntry* e = m_arena.New<XrefEntry>();
+    e->ordinal = static_cast<std::uint32_t>(m_allEntries.size());
+    m_allEntries.push_back(e);
+    return e;
+}
+
 void pdfDocument::NoteLoaded(XrefEntry* entry) {
     entry->loaded = true;
-    if (entry->object) m_loaded.Set(entry->object, entry);
+    if (!entry->object) return;
+    if (HasOwnerSlot(entry->object) && entry->ordinal + 1 < kNoOwnerSlot)
+        WriteOwner(entry->object, entry->ordinal + 1);
+    else
+        m_loaded.Set(entry->object, entry);
+}
+
+XrefEntry* pdfDocument::EntryOfRecord(const pdfObject* record) const {
+    if (HasOwnerSlot(record))
+        if (std::uint32_t owner = ReadOwner(record); owner && owner - 1 < m_allEntries.size())
+            return m_allEntries[owner - 1];
+    return m_loaded.Find(record);
 }
 
 ObjStmIndex* pdfDocument::NewObjStmIndex() {

@@ -55,13 +55,14 @@ public:
     // instead of asking every section in turn.
     void FinishSections();
 
-    XrefEntry* NewEntry() { return m_arena.New<XrefEntry>(); }
+    XrefEntry* NewEntry();
+    // Every entry by its ordinal, placeholders included.
+    const std::vector<XrefEntry*>& AllEntries() const { return m_allEntries; }
     // The entry of `id` in the newest section that has it, real or placeholder; null when none has.
     XrefEntry* LookupEntry(ObjId id) const;
 
     void NoteLoaded(XrefEntry* entry);  // entry now holds its (possibly null) record
-    XrefEntry* EntryOfRecord(const pdfObject* record) const { return m_loaded.Find(record); }
-    std::size_t LoadedCount() const { return m_loaded.Size(); }
+    XrefEntry* EntryOfRecord(const pdfObject* record) const;
 
     // Loads in progress, so that a load that needs the object it is reading can stop.
     bool IsLoading(const XrefEntry* entry) const { return entry->loading; }
@@ -103,6 +104,8 @@ private:
     std::vector<XrefEntry*> m_index;     // newest entry per id, sorted; built by FinishSections
     std::vector<XrefEntry*> m_byNumber;  // lowest-generation entry of m_index per number, when dense
     bool m_indexed = false;
+    std::vector<XrefEntry*> m_allEntries;
+    // Records that cannot carry their entry's ordinal themselves (see NoteLoaded).
     ivPtrMap<pdfObject, XrefEntry> m_loaded;
     std::vector<pdfStream*> m_streams;
     std::vector<std::unique_ptr<ObjStmIndex>> m_objStmIndexes;

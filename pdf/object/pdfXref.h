@@ -22,9 +22,7 @@ struct XrefEntry {
     std::uint8_t role = 0;
     bool loaded = false;   // read once (the record may still be null for an empty body)
     bool loading = false;  // being read right now
-    // Where the entries that refer to this one start in the analyser's referrer list.
-    std::uint32_t referrersFirst = 0;
-    std::uint32_t referrersCount = 0;
+    std::uint32_t ordinal = 0;  // place among all entries of the document, in creation order
 
     ObjId Id() const { return {num, gen}; }
     bool Compressed() const { return flags & kXrefCompressed; }
