@@ -78,6 +78,7 @@ ivStatus ivPdf::Analyse() {
         for (const auto& section : Sections())
             section->ForEachEntry([&](XrefEntry* entry) { AnalyseEntry(*section, entry); });
         IndexReferrers();
+        ReleaseObjStmData();  // every object is loaded now
         CheckLinearization(*this);
         return kOk;
     } catch (const std::bad_alloc&) {

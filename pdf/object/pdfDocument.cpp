@@ -127,6 +127,30 @@ XrefEntry* pdfDocument::EntryOfRecord(const pdfObject* record) const {
     return m_loaded.Find(record);
 }
 
+void pdfDocument::ReleaseObjStmData() {
+    for (auto& index : m_objStmIndexes)
+        if (index->data) index->ReleaseData();
+    m_decodedObjStms.clear();
+    m_decodedObjStmBytes = 0;
+}
+
+void pdfDocument::NoteObjStmData(ObjStmIndex* index) {
+    // As much decoded data as the file is long (plus a little): every object stream of an
+    // ordinary file stays decoded until its last object is read, while data that inflates
+    // far beyond the file cannot pile up.
+    const std::uint64_t kBudget = (std::uint64_t(32) << 20) + m_fileSize;
+    // Entries of released indexes are dropped as they come up, with the bytes they held.
+    m_decodedObjStms.push_back(index);
+    m_decodedObjStmBytes += index->data ? index->data->Size() : 0;
+    while (m_decodedObjStmBytes > kBudget && m_decodedObjStms.size() > 1) {
+        ObjStmIndex* oldest = m_decodedObjStms.front();
+        m_decodedObjStms.pop_front();
+        if (!oldest->data) continue;
+        m_decodedObjStmBytes -= std::min<std::uint64_t>(m_decodedObjStmBytes, oldest->data->Size());
+        oldest->ReleaseData();
+    }
+}
+
 ObjStmIndex* pdfDocument::NewObjStmIndex() {
     m_objStmIndexes.push_back(std::make_unique<ObjStmIndex>());
     return m_objStmIndexes.back().get();

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,7 +29,13 @@ struct ObjStmIndex {
     // Positions in `items` sorted by number (then position), for first-match lookups.
     std::vector<std::uint32_t> byNumber;
     std::vector<std::uint32_t> offsets;  // every item's offset, ascending
+    std::size_t objectsRead = 0;         // objects read from the data so far
+    bool released = false;               // the data was dropped; decode it again if needed
     const Item* FindFirst(std::uint32_t num) const;
+    void ReleaseData() {
+        data.reset();
+        released = true;
+    }
 };
 
 // Everything the object layer knows about one file: the byte source, the arena that owns
@@ -79,6 +86,11 @@ public:
     void NoteStream(pdfStream* stream) { m_streams.push_back(stream); }
     const std::vector<pdfStream*>& Streams() const { return m_streams; }
     ObjStmIndex* NewObjStmIndex();
+    // Drops the decoded data of every object stream (it is decoded again if ever needed).
+    void ReleaseObjStmData();
+    // Notes newly decoded object-stream data; the oldest data beyond a budget is dropped, so
+    // memory stays bounded however many object streams are in use at once.
+    void NoteObjStmData(ObjStmIndex* index);
 
     // The standard security handler, once the encryption dictionary has been read; it then
     // decrypts this document's strings and streams.
@@ -109,6 +121,8 @@ private:
     ivPtrMap<pdfObject, XrefEntry> m_loaded;
     std::vector<pdfStream*> m_streams;
     std::vector<std::unique_ptr<ObjStmIndex>> m_objStmIndexes;
+    std::deque<ObjStmIndex*> m_decodedObjStms;  // holding data, oldest first
+    std::uint64_t m_decodedObjStmBytes = 0;
     std::uint16_t m_versionMajor = 0, m_versionMinor = 0;
     int m_loadDepth = 0;
     std::unique_ptr<ivDecrypt> m_security;

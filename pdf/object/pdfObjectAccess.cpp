@@ -181,6 +181,20 @@ bool ReadObjStmHeader(pdfDocument& doc, ObjStmIndex& index) {
     return true;
 }
 
+// The decoded data of an object stream, kept on its index while objects are read from it.
+bool DecodeObjStmData(pdfDocument& doc, pdfStream* stream, ObjStmIndex& index) {
+    pdfDecodedStream decoded;
+    if (Failed(OpenDecodedStream(doc, stream, nullptr, decoded))) return false;
+    auto data = ivMemStream::Create();
+    if (Failed(ivReadAll(*decoded.stream, data->Data()))) {
+        Report(doc, "Error Handling Object Stream");
+        return false;
+    }
+    index.data = data;
+    doc.NoteObjStmData(&index);
+    return true;
+}
+
 bool BuildObjStmIndex(pdfDocument& doc, pdfStream* stream) {
     const pdfObject* dict = stream->dict;
     const pdfObject* type = AsDict(dict) ? DictGet(dict, "Type") : nullptr;
@@ -198,14 +212,7 @@ bool BuildObjStmIndex(pdfDocument& doc, pdfStream* stream) {
     if (const pdfObject* first = DictGet(dict, "First")) GetInteger(doc, first, &index->first);
     stream->objStmIndex = index;
 
-    pdfDecodedStream decoded;
-    if (Failed(OpenDecodedStream(doc, stream, nullptr, decoded))) return false;
-    auto data = ivMemStream::Create();
-    if (Failed(ivReadAll(*decoded.stream, data->Data()))) {
-        Report(doc, "Error Handling Object Stream");
-        return false;
-    }
-    index->data = data;
+    if (!DecodeObjStmData(doc, stream, *index)) return false;
     return ReadObjStmHeader(doc, *index);
 }
 
@@ -224,9 +231,11 @@ pdfObject* ReadFromObjectStream(pdfDocument& doc, XrefEntry* entry) {
         return nullptr;
     }
     if (!stream->objStmIndex && !BuildObjStmIndex(doc, stream)) return nullptr;
-    const ObjStmIndex& index = *stream->objStmIndex;
+    ObjStmIndex& index = *stream->objStmIndex;
     const ObjStmIndex::Item* item = index.FindFirst(entry->num);
-    if (!item || !index.data) return nullptr;
+    if (!item) return nullptr;
+    // Data dropped once every object of the stream was read is decoded again on demand.
+    if (!index.data && (!index.released || !DecodeObjStmData(doc, stream, index))) return nullptr;
 
     if (entry->length > 0xFFFFFFFEu) {
         // The object ends where the next object (by offset) starts, or with the data.
@@ -235,6 +244,12 @@ pdfObject* ReadFromObjectStream(pdfDocument& doc, XrefEntry* entry) {
         std::uint32_t end = next != index.offsets.end() ? std::min(*next, size) : size;
         entry->length = end > item->offset ? end - item->offset : 0;
     }
-    pdfParser source(&doc, index.data, item->offset, entry->length);
-    return ReadObjectBody(doc, source, entry, 0);
+    pdfObject* object = nullptr;
+    {
+        pdfParser source(&doc, index.data, item->offset, entry->length);
+        object = ReadObjectBody(doc, source, entry, 0);
+    }
+    // Each object is read once, so after the last one the decoded data is no longer needed.
+    if (++index.objectsRead >= index.items.size()) index.ReleaseData();
+    return object;
 }
