@@ -202,9 +202,12 @@ bool TextEquals(const pdfObject* o, const char* text) {
 pdfObject* DictGet(const pdfObject* dict, const char* key) {
     const pdfDict* d = AsDict(dict);
     if (!d) return nullptr;
+    // strcmp semantics (a name with an embedded 0 matches up to it), without strcmp per pair.
+    const std::size_t length = std::strlen(key);
     for (const pdfPair& p : d->Entries()) {
         const pdfBytes* k = AsName(p.key);
-        if (k && std::strcmp(k->Chars(), key) == 0) return p.value;
+        if (!k || k->size < length || k->Chars()[length] != '\0' || k->Chars()[0] != key[0]) continue;
+        if (std::memcmp(k->Chars(), key, length) == 0) return p.value;
     }
     return nullptr;
 }

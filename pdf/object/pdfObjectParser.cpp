@@ -1,5 +1,6 @@
 #include "pdf/object/pdfObjectParser.h"
 
+#include <array>
 #include <cstring>
 #include <string>
 
@@ -29,6 +30,30 @@ bool EndsWord(std::uint8_t c) {
         default:
             return false;
     }
+}
+
+// Byte classes of names and keywords: 0 a byte of the word, 1 white space (ends it, consumed),
+// 2 a delimiter (ends it, left for the next token), 3 '#' (an escape in names).
+constexpr std::array<std::uint8_t, 256> MakeWordClasses() {
+    std::array<std::uint8_t, 256> t{};
+    for (int c = 0; c <= 32; ++c) t[c] = 1;
+    for (std::uint8_t c : {'%', '(', '/', '<', '>', '[', ']'}) t[c] = 2;
+    t['#'] = 3;
+    return t;
+}
+constexpr std::array<std::uint8_t, 256> kWordClass = MakeWordClasses();
+
+// Appends the run of plain word bytes that starts at the source's next byte, straight from
+// its buffer (escapes excluded when `stopAtEscape`); returns how many it took.
+std::size_t TakeWordRun(pdfParser& source, std::string& out, bool stopAtEscape) {
+    const std::uint8_t* p = source.Peek(1);
+    if (!p) return 0;
+    const std::size_t avail = source.Available();
+    std::size_t n = 0;
+    while (n < avail && (kWordClass[p[n]] == 0 || (!stopAtEscape && kWordClass[p[n]] == 3))) ++n;
+    out.append(reinterpret_cast<const char*>(p), n);
+    source.Skip(n);
+    return n;
 }
 
 int HexValue(std::uint8_t c) {
@@ -196,6 +221,14 @@ Number ObjectReader::ReadNumber(std::uint32_t firstDigit, bool startsWithPoint) 
     n.isReal = startsWithPoint;
     double scale = 10;
     std::uint8_t c = 0;
+    if (!n.isReal) {  // the digits of an integer, straight from the buffer
+        if (const std::uint8_t* p = m_src.Peek(1)) {
+            const std::size_t avail = m_src.Available();
+            std::size_t i = 0;
+            for (; i < avail && IsDigit(p[i]); ++i) n.integer = n.integer * 10 + std::uint32_t(p[i] - '0');
+            m_src.Skip(i);
+        }
+    }
     while (m_src.ReadByte(c)) {
         if (IsDigit(c)) {
             if (n.isReal) {
@@ -287,7 +320,9 @@ bool ObjectReader::OnKeyword(std::uint8_t first, ivStatus* result) {
     word.assign(1, static_cast<char>(first));
     WordEnd end = WordEnd::EndOfData;
     std::uint8_t c = 0;
-    while (m_src.ReadByte(c)) {
+    for (;;) {
+        TakeWordRun(m_src, word, false);
+        if (!m_src.ReadByte(c)) break;
         if (c <= 32) {
             end = WordEnd::Space;
             break;
@@ -364,7 +399,9 @@ ivStatus ObjectReader::ReadName() {
     std::string& name = m_src.Scratch();
     name.clear();
     std::uint8_t c = 0;
-    while (m_src.ReadByte(c)) {
+    for (;;) {
+        TakeWordRun(m_src, name, true);
+        if (!m_src.ReadByte(c)) break;
         if (c <= 32) break;
         if (EndsWord(c)) {
             m_src.PushBack(c);

@@ -1,6 +1,7 @@
 #include "pdf/object/pdfParser.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 
 #include "pdf/object/pdfDiagnostics.h"
@@ -82,22 +83,47 @@ bool IsTokenDelimiter(std::uint8_t c) {
     }
 }
 
+namespace {
+
+// Token character classes: 1 white space, 2 delimiter, 0 ordinary.
+constexpr std::array<std::uint8_t, 256> MakeTokenClasses() {
+    std::array<std::uint8_t, 256> t{};
+    for (std::uint8_t c : {' ', '\r', '\n', '\t'}) t[c] = 1;
+    for (std::uint8_t c : {'"', '#', '(', ')', ',', '/', ';', '<', '=', '>', '[', ']', '{', '}'}) t[c] = 2;
+    return t;
+}
+constexpr std::array<std::uint8_t, 256> kTokenClass = MakeTokenClasses();
+
+}  // namespace
+
 bool ReadToken(pdfParser& source, std::string& token) {
     token.clear();
     std::uint8_t c = 0;
     do {
         if (!source.ReadByte(c)) return false;
-    } while (IsTokenSpace(c));
+    } while (kTokenClass[c] == 1);
     token += static_cast<char>(c);
-    if (IsTokenDelimiter(c)) return true;
-    while (source.ReadByte(c)) {
-        if (IsTokenSpace(c)) break;
-        if (IsTokenDelimiter(c)) {
+    if (kTokenClass[c] == 2) return true;
+    // Most tokens end inside the buffer: scan them there at once.
+    for (;;) {
+        std::size_t n = 0;
+        if (const std::uint8_t* p = source.Peek(1)) {
+            const std::size_t avail = source.Available();
+            while (n < avail && kTokenClass[p[n]] == 0) ++n;
+            token.append(reinterpret_cast<const char*>(p), n);
+            source.Skip(n);
+            if (n < avail) break;  // the byte after the token is in the buffer
+            continue;
+        }
+        if (!source.ReadByte(c)) return true;
+        if (kTokenClass[c] != 0) {
             source.PushBack(c);
             break;
         }
         token += static_cast<char>(c);
     }
+    // The token ended on white space (consumed) or a delimiter (left for the next token).
+    if (source.ReadByte(c) && kTokenClass[c] == 2) source.PushBack(c);
     return true;
 }
 

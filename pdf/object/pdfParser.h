@@ -46,6 +46,15 @@ public:
         return true;
     }
 
+    // The next `n` bytes when they sit in the buffer and no byte is pushed back, else null.
+    const std::uint8_t* Peek(std::size_t n) const {
+        return !m_hasPushBack && static_cast<std::size_t>(m_end - m_cur) >= n ? m_cur : nullptr;
+    }
+    // Consumes bytes seen with Peek.
+    void Skip(std::size_t n) { m_cur += n; }
+    // Bytes left in the buffer.
+    std::size_t Available() const { return static_cast<std::size_t>(m_end - m_cur); }
+
     const pdfDocument* Owner() const { return m_owner; }
     // Nesting depth of arrays and dictionaries being parsed from this source.
     int& Depth() { return m_depth; }

@@ -51,6 +51,32 @@ void ReadTrailerDictionary(pdfDocument& doc, XrefSection& section, pdfParser& so
     if (dict) ApplyTrailer(section, doc, dict);
 }
 
+// A table line as producers write it: ten digits, blank, five digits, blank, 'n' or 'f' and
+// a two-byte line end. Read directly, it gives what the token reader would give.
+bool ReadStandardLine(pdfParser& source, std::uint32_t& offset, std::uint32_t& gen, char& type) {
+    // The token reader would skip the line end left before the line; so does this.
+    const std::uint8_t* p = source.Peek(22);
+    if (!p) return false;
+    std::size_t lead = 0;
+    while (lead < 2 && (p[lead] == '\r' || p[lead] == '\n' || p[lead] == ' ' || p[lead] == '\t')) ++lead;
+    p += lead;
+    auto digits = [p](int from, int count, std::uint32_t& value) {
+        value = 0;
+        for (int i = from; i < from + count; ++i) {
+            if (p[i] < '0' || p[i] > '9') return false;
+            value = value * 10 + std::uint32_t(p[i] - '0');
+        }
+        return true;
+    };
+    const bool lineEnd = (p[18] == ' ' && (p[19] == '\r' || p[19] == '\n')) || (p[18] == '\r' && p[19] == '\n');
+    if (p[10] != ' ' || p[16] != ' ' || (p[17] != 'n' && p[17] != 'f') || !lineEnd || !digits(0, 10, offset) ||
+        !digits(11, 5, gen))
+        return false;
+    type = static_cast<char>(p[17]);
+    source.Skip(lead + 20);
+    return true;
+}
+
 void ReadClassicTable(pdfDocument& doc, XrefSection& section, pdfParser& source) {
     std::string token, count, offset, gen, type;
     bool started = false;
@@ -68,13 +94,20 @@ void ReadClassicTable(pdfDocument& doc, XrefSection& section, pdfParser& source)
         if (!ReadToken(source, count)) return;
         std::int32_t lines = TokenToLong(count);
         for (std::int32_t i = 0; i < lines; ++i) {
-            // A line whose tokens run out is skipped; so are all after it, the data having ended.
-            if (!ReadToken(source, offset) || !ReadToken(source, gen) || !ReadToken(source, type)) return;
-            if (type[0] == 'n') {
+            std::uint32_t lineOffset = 0, lineGen = 0;
+            char lineType = 0;
+            if (!ReadStandardLine(source, lineOffset, lineGen, lineType)) {
+                // A line whose tokens run out is skipped; so are all after it, the data having ended.
+                if (!ReadToken(source, offset) || !ReadToken(source, gen) || !ReadToken(source, type)) return;
+                lineOffset = static_cast<std::uint32_t>(TokenToLong(offset));
+                lineGen = static_cast<std::uint32_t>(TokenToLong(gen));
+                lineType = type[0];
+            }
+            if (lineType == 'n') {
                 XrefEntry* e = AddEntry(doc, section, first + static_cast<std::uint32_t>(i),
-                                        static_cast<std::uint16_t>(TokenToLong(gen)));
-                e->offset = static_cast<std::uint32_t>(TokenToLong(offset));
-            } else if (type[0] != 'f') {
+                                        static_cast<std::uint16_t>(lineGen));
+                e->offset = lineOffset;
+            } else if (lineType != 'f') {
                 ReportAt(doc, source, "Error Reading XREF table");
             }
         }
@@ -314,19 +347,21 @@ void ApplyTrailer(XrefSection& section, pdfDocument& doc, const pdfObject* dict)
 }
 
 void ComputeLengths(pdfDocument& doc) {
-    std::vector<XrefEntry*> inFile;
+    // (offset, entry) pairs sort without touching the entries themselves.
+    std::vector<std::pair<std::uint32_t, XrefEntry*>> inFile;
     std::vector<std::uint32_t> sectionOffsets;
     for (const auto& s : doc.Sections()) {
         sectionOffsets.push_back(s->offset);
         for (XrefEntry* e : s->entries)
-            if (!e->Compressed()) inFile.push_back(e);
+            if (!e->Compressed()) inFile.emplace_back(e->offset, e);
     }
-    std::stable_sort(inFile.begin(), inFile.end(),
-                     [](const XrefEntry* a, const XrefEntry* b) { return a->offset < b->offset; });
+    auto byOffset = [](const auto& a, const auto& b) { return a.first < b.first; };
+    if (!std::is_sorted(inFile.begin(), inFile.end(), byOffset))
+        std::stable_sort(inFile.begin(), inFile.end(), byOffset);
     std::sort(sectionOffsets.begin(), sectionOffsets.end());
     for (std::size_t i = 0; i < inFile.size(); ++i) {
-        XrefEntry* e = inFile[i];
-        std::uint64_t end = i + 1 < inFile.size() ? inFile[i + 1]->offset : doc.FileSize();
+        XrefEntry* e = inFile[i].second;
+        std::uint64_t end = i + 1 < inFile.size() ? inFile[i + 1].first : doc.FileSize();
         auto length = static_cast<std::uint32_t>(end - e->offset);
         // An object never runs over a section: the smallest unsigned distance to a section
         // offset comes from the first section at or after it, or (wrapping) the lowest one.
