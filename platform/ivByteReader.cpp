@@ -12,7 +12,8 @@ bool ivByteReader::Refill() {
         m_ended = true;
         return false;
     }
-    m_cur = m_buffer.data();
+    m_consumed += static_cast<std::uint64_t>(m_end - m_start);
+    m_cur = m_start = m_buffer.data();
     m_end = m_cur + got;
     return true;
 }

@@ -19,6 +19,8 @@ public:
     }
     // Reads up to `count` bytes; returns how many came.
     std::uint32_t Read(std::uint8_t* out, std::uint32_t count);
+    // Bytes handed out so far.
+    std::uint64_t Consumed() const { return m_consumed + static_cast<std::uint64_t>(m_cur - m_start); }
     // Status of the read that ended the data: kOk at a plain end, a failure on a read error.
     ivStatus LastStatus() const { return m_status; }
 
@@ -27,6 +29,8 @@ private:
 
     ivStream& m_stream;
     std::array<std::uint8_t, 4096> m_buffer;
+    const std::uint8_t* m_start = m_buffer.data();  // where the buffered bytes begin
+    std::uint64_t m_consumed = 0;                  // bytes of earlier buffers
     const std::uint8_t* m_cur = m_buffer.data();
     const std::uint8_t* m_end = m_buffer.data();
     ivStatus m_status = kOk;

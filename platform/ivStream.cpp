@@ -1,5 +1,6 @@
 #include "platform/ivStream.h"
 
+#include <algorithm>
 #include <array>
 
 std::uint64_t ivCopyStream(ivStream& from, ivStream& to) {
@@ -18,11 +19,17 @@ std::uint64_t ivCopyStream(ivStream& from, ivStream& to) {
 
 namespace {
 template <class Container>
-ivStatus ReadAllInto(ivStream& from, Container& out) {
+ivStatus ReadAllInto(ivStream& from, Container& out, std::uint64_t limit = std::uint64_t(-1)) {
     std::array<std::uint8_t, 16384> chunk;
     for (;;) {
+        if (out.size() >= limit) {
+            std::uint32_t more = 0;
+            from.Read(chunk.data(), 1, &more);
+            return more ? kRemark : kOk;
+        }
         std::uint32_t got = 0;
-        ivStatus st = from.Read(chunk.data(), chunk.size(), &got);
+        auto want = static_cast<std::uint32_t>(std::min<std::uint64_t>(chunk.size(), limit - out.size()));
+        ivStatus st = from.Read(chunk.data(), want, &got);
         out.insert(out.end(), chunk.data(), chunk.data() + got);
         if (Failed(st)) return st;
         if (got == 0) return kOk;
@@ -35,4 +42,8 @@ ivStatus ivReadAll(ivStream& from, std::string& out) {
 }
 ivStatus ivReadAll(ivStream& from, std::vector<std::uint8_t>& out) {
     return ReadAllInto(from, out);
+}
+
+ivStatus ivReadAll(ivStream& from, std::vector<std::uint8_t>& out, std::uint64_t limit) {
+    return ReadAllInto(from, out, limit);
 }

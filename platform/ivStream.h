@@ -41,3 +41,5 @@ std::uint64_t ivCopyStream(ivStream& from, ivStream& to);
 // stays in `out`.
 ivStatus ivReadAll(ivStream& from, std::string& out);
 ivStatus ivReadAll(ivStream& from, std::vector<std::uint8_t>& out);
+// At most `limit` bytes; kRemark when more data was left unread.
+ivStatus ivReadAll(ivStream& from, std::vector<std::uint8_t>& out, std::uint64_t limit);

@@ -1,5 +1,7 @@
 #include "pdf/analysis/pdfContents.h"
 
+#include <algorithm>
+
 #include "pdf/analysis/ivPdf.h"
 #include "pdf/decode/pdfFilterChain.h"
 #include "pdf/object/pdfAccessors.h"
@@ -19,9 +21,14 @@ ivStatus ReadContentStream(ivPdf& doc, const pdfObject* stream, std::shared_ptr<
     pdfDecodedStream decoded;
     if (ivStatus st = OpenDecodedStream(doc, stream, FindEntryByRecord(doc, stream), decoded); Failed(st))
         return st;
-    pdfParser source(&doc, decoded.stream, 0);
+    const auto limit = static_cast<std::uint32_t>(std::min<std::uint64_t>(doc.ParsedLimit(), 0xFFFFFFFEu));
+    pdfParser source(&doc, decoded.stream, 0, limit);
     ObjList list;
-    if (ivStatus st = ParseObjects(doc, source, list, kParseContent); Failed(st)) return st;
+    ivStatus st = ParseObjects(doc, source, list, kParseContent);
+    if (std::uint32_t pos = 0; source.GetPosition(pos) && pos >= limit)
+        Report(doc, "Decoded stream data exceeds %llu bytes; the rest is not read",
+               static_cast<unsigned long long>(limit));
+    if (Failed(st)) return st;
     auto parsed = std::make_shared<const pdfContentOps>(std::move(list.items));
     doc.CacheContents(stream, parsed);
     ops = std::move(parsed);

@@ -115,6 +115,7 @@ void FillPalette(ivPdf& doc, ivImage2d& image, pdfImageDescription& d) {
         palette[1] = Pack(255, 255, 255);
     } else if (d.colourModel == kColourGrey && image.PixelFormat() != ivImage2d::kIndexed8) {
         const std::size_t n = std::size_t(1) << d.bitsPerComponent;
+        if (n < 2) return;  // no ramp of a single shade (BitsPerComponent 0)
         for (std::size_t i = 0; i < n && i < palette.size(); ++i) {
             auto v = static_cast<std::uint8_t>(n == 256 ? i : static_cast<float>(i) * 255.0f / float(n - 1));
             palette[i] = Pack(v, v, v);
@@ -232,6 +233,8 @@ ivStatus CreateImageFromDictionary(ivPdf& doc, const pdfObject* dict, ivImage2d&
         Report(doc, "%s", missing);
         return kFail;
     }
+    if (desc.bitsPerComponent == 0 || desc.bitsPerComponent > 16)
+        Report(doc, "Image BPP %d is not valid", desc.bitsPerComponent);
     if (desc.bitsPerComponent <= 8 && space) ReadColourSpace(doc, space, desc);
     const ivImage2d::Format format = ChooseFormat(desc);
     if (Failed(image.Create(format, static_cast<std::uint32_t>(desc.width),

@@ -1,6 +1,7 @@
 #include "pdf/analysis/pdfPageTree.h"
 
 #include <algorithm>
+#include <set>
 #include <unordered_set>
 
 #include "pdf/analysis/ivPdf.h"
@@ -22,29 +23,37 @@ public:
     ivStatus Walk(const pdfObject* value, pdfTree* parent);
 
 private:
-    static constexpr long kRevisitBudget = 100000;  // nodes made below nodes walked again
+    static constexpr long kRevisitBudget = 100000;  // visits below nodes walked again
 
     ivStatus WalkTreeNode(const pdfObject* dict, ObjId id, pdfTree* parent);
     bool OnPath(const pdfTree* node, const pdfObject* dict) const;
-    // Counts a node made below a node walked again; false once the budget is spent.
+    // Counts a visit below a node walked again; false once the budget is spent.
     bool Spend() { return m_revisiting == 0 || m_budget-- > 0; }
 
     ivPdf& m_doc;
     std::unordered_set<const pdfObject*> m_treeNodes;
     std::unordered_set<const pdfObject*> m_cutOff;  // nodes reported as listed too many times
+    std::set<ObjId> m_unreadable;                    // kids whose object could not be read
     int m_revisiting = 0;
     long m_budget = kRevisitBudget;
 };
 
 ivStatus PageTreeWalker::Walk(const pdfObject* value, pdfTree* parent) {
     if (!value) return kInvalidArg;
+    // Every visit below a node walked again counts, kids that cannot be read included.
+    if (!Spend()) return kOk;
     ObjId id;
     XrefEntry* entry = nullptr;
     if (const pdfRef* ref = AsRef(value)) {
         id = ref->Id();
+        // A kid that could not be read is not tried again in this walk (it would report again).
+        if (m_unreadable.count(id)) return kNotFound;
         entry = FindEntry(m_doc, id);
         value = ResolveRef(m_doc, id);
-        if (!value) return kNotFound;
+        if (!value) {
+            m_unreadable.insert(id);
+            return kNotFound;
+        }
     }
     if (!AsDict(value)) {
         Report(m_doc, "Not a dictionary");
@@ -58,7 +67,6 @@ ivStatus PageTreeWalker::Walk(const pdfObject* value, pdfTree* parent) {
             Report(m_doc, "Page is not expected here");
             return kOk;
         }
-        if (!Spend()) return kOk;
         auto* page = static_cast<pdfPage*>(parent->Add(std::make_unique<pdfPage>(value, id, parent)));
         m_doc.AddPage(page);
         return kOk;
@@ -80,7 +88,7 @@ ivStatus PageTreeWalker::WalkTreeNode(const pdfObject* dict, ObjId id, pdfTree* 
                static_cast<int>(id.num), id.gen);
         return kOk;
     }
-    if (!Spend() || (again && m_budget <= 0)) {
+    if (again && m_budget <= 0) {
         if (m_cutOff.insert(dict).second)
             Report(m_doc, "Page tree node %d %d R is listed too many times; its Kids are not walked again",
                    static_cast<int>(id.num), id.gen);

@@ -18,13 +18,13 @@ void WriteGroup(ivMemStream& out, std::uint32_t value, int bytes) {
 
 }  // namespace
 
-ivRef<ivMemStream> DecodeASCIIHex(const pdfDocument& doc, ivStream& source) {
+ivRef<ivMemStream> DecodeASCIIHex(const pdfDocument& doc, ivStream& source, std::uint64_t limit) {
     auto out = ivMemStream::Create();
     ivByteReader in(source);
     std::uint8_t pair[2];
     int n = 0;
     std::uint8_t c = 0;
-    while (in.ReadByte(c) && c != '>') {
+    while (out->Size() < limit && in.ReadByte(c) && c != '>') {
         if (c == '\n' || c == '\r' || c == ' ') continue;
         pair[n++] = c;
         if (n < 2) continue;
@@ -40,7 +40,7 @@ ivRef<ivMemStream> DecodeASCIIHex(const pdfDocument& doc, ivStream& source) {
     return out;
 }
 
-ivRef<ivMemStream> DecodeASCII85(const pdfDocument& doc, ivStream& source) {
+ivRef<ivMemStream> DecodeASCII85(const pdfDocument& doc, ivStream& source, std::uint64_t limit) {
     auto out = ivMemStream::Create();
     ivByteReader in(source);
     std::uint8_t group[5];
@@ -48,6 +48,10 @@ ivRef<ivMemStream> DecodeASCII85(const pdfDocument& doc, ivStream& source) {
     bool endMarker = false;
     std::uint8_t c = 0;
     for (;;) {
+        if (out->Size() >= limit) {  // enough: the caller says so
+            out->Rewind();
+            return out;
+        }
         if (!in.ReadByte(c)) break;
         if (c <= 32) continue;
         if (c == '~') {

@@ -99,7 +99,7 @@ ivRef<ivStream> CreateFlateOrLZWFilter(pdfDocument& doc, ivRef<ivStream> source,
     if (lzw) {
         std::uint32_t earlyChange = Param(doc, params, "EarlyChange", 1);
         auto out = ivMemStream::Create();
-        DecodeLZW(*source, *out, earlyChange != 0);  // whatever it produced is kept
+        DecodeLZW(*source, *out, earlyChange != 0, doc.DecodedLimit());  // whatever it produced is kept
         out->Rewind();
         decoded = out;
     } else {
@@ -111,7 +111,7 @@ ivRef<ivStream> CreateFlateOrLZWFilter(pdfDocument& doc, ivRef<ivStream> source,
     }
     // Deliberate: predictor 2 (TIFF) is not undone.
     if (static_cast<std::int32_t>(predictor) < 10) return decoded;
-    return ApplyPNGPredictor(decoded, columns, colors, bpc);
+    return ApplyPNGPredictor(decoded, columns, colors, bpc, doc.DecodedLimit());
 }
 
 namespace {
@@ -162,9 +162,9 @@ ivStatus OpenDecodedStream(pdfDocument& doc, const pdfObject* obj, const XrefEnt
         out.params = AsDict(params) ? params : nullptr;
         ivRef<ivStream> next;
         if (NameIs(name, "ASCIIHexDecode", "AHx")) {
-            next = DecodeASCIIHex(doc, *out.stream);
+            next = DecodeASCIIHex(doc, *out.stream, doc.DecodedLimit());
         } else if (NameIs(name, "ASCII85Decode", "A85")) {
-            next = DecodeASCII85(doc, *out.stream);
+            next = DecodeASCII85(doc, *out.stream, doc.DecodedLimit());
         } else if (NameIs(name, "LZWDecode", "LZW")) {
             next = CreateFlateOrLZWFilter(doc, out.stream, params, true);
         } else if (NameIs(name, "FlateDecode", "Fl")) {
@@ -174,6 +174,9 @@ ivStatus OpenDecodedStream(pdfDocument& doc, const pdfObject* obj, const XrefEnt
         }
         out.length = -1;
         if (next) out.stream = std::move(next);
+        if (out.stream->Contiguous().size() >= doc.DecodedLimit())
+            Report(doc, "Decoded stream data exceeds %llu bytes; the rest is not read",
+                   static_cast<unsigned long long>(doc.DecodedLimit()));
     }
     return status;
 }

@@ -36,7 +36,7 @@ public:
         Reset();
     }
 
-    ivStatus Run();
+    ivStatus Run(std::uint64_t limit);
 
 private:
     void Reset();
@@ -115,9 +115,10 @@ bool LzwDecoder::WriteString(std::uint32_t code) {
     return m_table[e].length == 1;
 }
 
-ivStatus LzwDecoder::Run() {
+ivStatus LzwDecoder::Run(std::uint64_t limit) {
     std::uint32_t code = 0;
     for (;;) {
+        if (m_out.size() >= limit) return kRemark;
         if (!ReadCode(code)) return kFail;
         if (code == kEndCode) return kOk;
         if (code == kClearCode) {
@@ -141,11 +142,11 @@ ivStatus LzwDecoder::Run() {
 
 }  // namespace
 
-ivStatus DecodeLZW(ivStream& source, ivMemStream& out, bool earlyChange) {
+ivStatus DecodeLZW(ivStream& source, ivMemStream& out, bool earlyChange, std::uint64_t limit) {
     ivStatus st = kOk;
     try {
         LzwDecoder decoder(source, out.Data(), earlyChange);
-        st = decoder.Run();
+        st = decoder.Run(limit);
     } catch (const std::bad_alloc&) {
         st = kOutOfMemory;  // what was appended before stays
     }

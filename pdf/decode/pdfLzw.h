@@ -1,8 +1,12 @@
 #pragma once
+#include <cstdint>
+
 #include "platform/ivMemStream.h"
 
 // Decodes LZW data (PDF's variant: 9 to 12 bit codes, clear 256, end 257) from `source` into
 // `out`, byte by byte. With `earlyChange` the code width grows one entry early. Returns kOk at
 // the end code, kFail on a read error, a broken string chain or an undefined code; whatever
 // was decoded before stays in `out`.
-ivStatus DecodeLZW(ivStream& source, ivMemStream& out, bool earlyChange);
+// Decoding stops once `out` holds `limit` bytes (kRemark then).
+ivStatus DecodeLZW(ivStream& source, ivMemStream& out, bool earlyChange,
+                   std::uint64_t limit = std::uint64_t(-1));

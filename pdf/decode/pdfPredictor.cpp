@@ -66,11 +66,11 @@ void Unfilter(std::uint8_t tag, std::vector<std::uint8_t>& cur, const std::vecto
 }
 
 void Unpredict(ivStream& source, std::vector<std::uint8_t>& out, std::uint64_t columns, std::uint64_t colors,
-               std::uint64_t rowLength) {
+               std::uint64_t rowLength, std::uint64_t limit) {
     ivByteReader in(source);
     std::vector<std::uint8_t> cur, prev;
     std::uint8_t tag = 0;
-    while (in.ReadByte(tag) && ReadRow(in, cur, rowLength)) {
+    while (out.size() < limit && in.ReadByte(tag) && ReadRow(in, cur, rowLength)) {
         // A whole row has arrived, so a zero row of the same size is no larger than the data.
         if (prev.size() != cur.size()) prev.assign(cur.size(), 0);
         Unfilter(tag, cur, prev, columns, colors);
@@ -82,12 +82,12 @@ void Unpredict(ivStream& source, std::vector<std::uint8_t>& out, std::uint64_t c
 }  // namespace
 
 ivRef<ivStream> ApplyPNGPredictor(ivRef<ivStream> source, std::uint32_t columns, std::uint32_t colors,
-                                  std::uint32_t bitsPerComponent) {
+                                  std::uint32_t bitsPerComponent, std::uint64_t limit) {
     if (!source) return source;
     const std::uint64_t rowBytes = std::uint64_t(columns) * colors;
     auto out = ivMemStream::Create();
     try {
-        Unpredict(*source, out->Data(), columns, colors, RowLength(rowBytes, bitsPerComponent));
+        Unpredict(*source, out->Data(), columns, colors, RowLength(rowBytes, bitsPerComponent), limit);
     } catch (const std::bad_alloc&) {
         // Rows are allocated as they arrive; the rows finished before memory ran out stay.
     }

@@ -50,6 +50,11 @@ public:
     ivIOControl* Control() const { return m_control; }
     const ivRef<ivStream>& File() const { return m_file; }
     std::uint64_t FileSize() const { return m_fileSize; }
+    // The most decoded bytes one stream may give where they are held in memory or parsed:
+    // 512 MiB and four times the file, so data that inflates without end stays bounded.
+    std::uint64_t DecodedLimit() const { return (std::uint64_t(512) << 20) + 4 * m_fileSize; }
+    // The same for data parsed into records (object, content and cross-reference streams).
+    std::uint64_t ParsedLimit() const { return (std::uint64_t(64) << 20) + 4 * m_fileSize; }
     ivArena& Arena() { return m_arena; }
     ObjListPool& ListPool() { return m_lists; }
     pdfSharedRecords& Shared() { return m_shared; }

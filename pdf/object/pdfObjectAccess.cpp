@@ -186,10 +186,14 @@ bool DecodeObjStmData(pdfDocument& doc, pdfStream* stream, ObjStmIndex& index) {
     pdfDecodedStream decoded;
     if (Failed(OpenDecodedStream(doc, stream, nullptr, decoded))) return false;
     auto data = ivMemStream::Create();
-    if (Failed(ivReadAll(*decoded.stream, data->Data()))) {
+    ivStatus st = ivReadAll(*decoded.stream, data->Data(), doc.ParsedLimit());
+    if (Failed(st)) {
         Report(doc, "Error Handling Object Stream");
         return false;
     }
+    if (st == kRemark)
+        Report(doc, "Decoded stream data exceeds %llu bytes; the rest is not read",
+               static_cast<unsigned long long>(doc.ParsedLimit()));
     index.data = data;
     doc.NoteObjStmData(&index);
     return true;

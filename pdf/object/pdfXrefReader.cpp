@@ -132,6 +132,11 @@ bool ReadStreamSubsection(pdfDocument& doc, XrefSection& section, ivByteReader& 
     std::uint8_t bytes[12];
     const std::uint32_t total = widths.Total();
     for (std::uint32_t i = 0; i < count; ++i) {
+        if (data.Consumed() >= doc.ParsedLimit()) {
+            Report(doc, "Decoded stream data exceeds %llu bytes; the rest is not read",
+                   static_cast<unsigned long long>(doc.ParsedLimit()));
+            return false;
+        }
         if (data.Read(bytes, total) < total) {
             Report(doc, "Error reading XREF stream");
             *status = data.LastStatus();
