@@ -130,18 +130,30 @@ FileOutcome RunQuery(const std::string& path, const CliOptions& options,
     return outcome;
 }
 
-void WriteStream(ivPdf& doc, const CliOptions& options, FileOutcome& outcome) {
+void WriteStream(ivPdf& doc, const CliOptions& options, FileOutcome& /*outcome*/) {
     pdfObject* obj = ResolveRef(doc, {options.streamNum, options.streamGen});
     if (!obj) return;
     pdfDecodedStream decoded;
     ivStatus st = options.raw ? OpenRawStream(doc, obj, decoded)
                               : OpenDecodedStream(doc, obj, FindEntryByRecord(doc, obj), decoded);
     if (!decoded.stream || (options.raw && Failed(st))) return;
-    if (Failed(ivReadAll(*decoded.stream, outcome.out))) {
-        std::string why = decoded.stream->ErrorText();
-        Report(doc, "Read error: %s after reading %d bytes", why.empty() ? "unknown" : why.c_str(),
-               static_cast<int>(outcome.out.size()));
+    // Written as it is decoded, so no stream is ever held in memory whole.
+    std::vector<char> chunk(64 * 1024);
+    std::uint64_t total = 0;
+    for (;;) {
+        std::uint32_t got = 0;
+        ivStatus rd = decoded.stream->Read(chunk.data(), static_cast<std::uint32_t>(chunk.size()), &got);
+        if (got) std::fwrite(chunk.data(), 1, got, stdout);
+        total += got;
+        if (Failed(rd)) {
+            std::string why = decoded.stream->ErrorText();
+            Report(doc, "Read error: %s after reading %d bytes", why.empty() ? "unknown" : why.c_str(),
+                   static_cast<int>(total));
+            break;
+        }
+        if (got == 0) break;
     }
+    std::fflush(stdout);
 }
 
 void WriteContents(ivPdf& doc, const CliOptions& options, FileOutcome& outcome) {

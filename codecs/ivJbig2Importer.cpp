@@ -25,6 +25,7 @@ namespace {
 
 // Segments whose data starts with a region's width, height and position.
 constexpr std::uint8_t kRegionTypes[] = {4, 6, 7, 20, 22, 23, 36, 38, 39, 40, 42, 43};
+constexpr std::uint8_t kSymbolDictionary = 0;
 constexpr std::uint8_t kImmediateGeneric = 38, kImmediateLosslessGeneric = 39, kPageInformation = 48,
                        kEndOfFile = 51;
 constexpr std::uint32_t kUnknownLength = 0xFFFFFFFF;
@@ -117,12 +118,51 @@ std::string CheckRegion(std::span<const std::uint8_t> info, const PageSize& page
     return {};
 }
 
+// Symbols and text instances a segment claims, against the bytes that code them. Past the
+// end of its data the arithmetic decoder goes on producing decisions, so a few bytes could
+// ask for hundreds of millions of symbols; real data needs far more than a byte for each 32.
+constexpr std::uint64_t kItemsPerByte = 32, kItemsWithoutData = 65536;
+
+std::string CheckCount(std::span<const std::uint8_t> segment, std::size_t at, const char* what, const char* items) {
+    if (at + 4 > segment.size()) return {};  // too short to say; the decoder will complain
+    const std::uint32_t count = ReadBe32(segment.data() + at);
+    const std::uint64_t coded = segment.size() - at - 4;
+    if (count > kItemsPerByte * coded + kItemsWithoutData)
+        return ivFormat("JBIG2 %s claims %u %s in %u bytes", what, count, items, static_cast<unsigned>(coded));
+    return {};
+}
+
+// Text regions: region information, flags, optional Huffman and refinement fields, then
+// the number of instances.
+std::string CheckTextRegion(std::span<const std::uint8_t> segment) {
+    if (segment.size() < 19) return {};
+    const unsigned flags = unsigned(segment[17]) << 8 | segment[18];
+    std::size_t at = 19;
+    if (flags & 0x0001) at += 2;                         // SBHUFF: the Huffman table selection
+    if ((flags & 0x0002) && !(flags & 0x8000)) at += 4;  // SBREFINE with template 0: its AT pixels
+    return CheckCount(segment, at, "text region", "instances");
+}
+
+// Symbol dictionaries: flags, AT pixels, then the exported and new symbol counts.
+std::string CheckSymbolDictionary(std::span<const std::uint8_t> segment) {
+    if (segment.size() < 2) return {};
+    const unsigned flags = unsigned(segment[0]) << 8 | segment[1];
+    std::size_t at = 2;
+    if (!(flags & 0x0001)) at += ((flags >> 10) & 3) == 0 ? 8 : 2;  // generic AT pixels
+    if ((flags & 0x0002) && !(flags & 0x1000)) at += 4;             // refinement AT pixels
+    std::string refused = CheckCount(segment, at, "symbol dictionary", "exported symbols");
+    return refused.empty() ? CheckCount(segment, at + 4, "symbol dictionary", "new symbols") : refused;
+}
+
 // The sizes a page information or region segment claims, against the limits.
 std::string CheckSizes(std::uint8_t type, std::span<const std::uint8_t> segment, PageSize& page) {
+    if (type == kSymbolDictionary) return CheckSymbolDictionary(segment);
     if (segment.size() < 8) return {};  // too short to say; the decoder will complain
     if (type == kPageInformation) return CheckPage(segment, page);
-    if (std::ranges::find(kRegionTypes, type) != std::end(kRegionTypes)) return CheckRegion(segment, page);
-    return {};
+    if (std::ranges::find(kRegionTypes, type) == std::end(kRegionTypes)) return {};
+    std::string refused = CheckRegion(segment, page);
+    if (refused.empty() && (type == 4 || type == 6 || type == 7)) refused = CheckTextRegion(segment);
+    return refused;
 }
 
 // Walks the segment headers before jbig2dec sees them: it allocates and clears the page as

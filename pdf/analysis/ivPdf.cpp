@@ -31,6 +31,7 @@ ivStatus ivPdf::Open() {
         ivStatus st = ReadSectionChain();
         FinishSections();
         if (Failed(st)) return st;
+        CheckTrailerSizes(*this);
         // From here on every string and stream read is decrypted.
         std::string shortName = std::filesystem::path(m_fileName).filename().string();
         if (st = SetUpEncryption(*this, m_prompt, shortName); Failed(st)) return st;

@@ -52,6 +52,8 @@ public:
 
     // Nesting of the analysis's recursive walks, bounded so no file can exhaust the stack.
     int& WalkDepth() { return m_walkDepth; }
+    // The form XObjects whose resources the analysis is inside of, outermost first.
+    std::vector<const XrefEntry*>& FormPath() { return m_formPath; }
 
 private:
     ivStatus ReadSectionChain();
@@ -67,6 +69,7 @@ private:
     ObjId m_catalogId;
     const pdfObject* m_catalog = nullptr;
     int m_walkDepth = 0;
+    std::vector<const XrefEntry*> m_formPath;
 
     // (target, referrer) ordinals as recorded, then grouped by target once the analysis ends:
     // the referrers of entry i are m_referrers[m_referrerStart[i] .. m_referrerStart[i + 1]).

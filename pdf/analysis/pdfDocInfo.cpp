@@ -4,6 +4,7 @@
 
 #include "pdf/analysis/ivPdf.h"
 #include "pdf/object/pdfAccessors.h"
+#include "pdf/object/pdfDiagnostics.h"
 #include "pdf/object/pdfObjectAccess.h"
 
 namespace {
@@ -57,7 +58,11 @@ bool HoldsUtf16(const pdfObject* value) {
 // analysed every object is loaded and every missing one that an object refers to reported.
 const pdfObject* Fetch(ivPdf& doc, const pdfObject* value) {
     for (int hops = 0; value && value->tag == kTagIndirect; ++hops) {
-        if (hops == kMaxReferenceChain) return nullptr;
+        if (hops == kMaxReferenceChain) {
+            const auto* ref = static_cast<const pdfRef*>(value);
+            Report(doc, "Chain of references is too long at %d %d R", static_cast<int>(ref->num), ref->gen);
+            return nullptr;
+        }
         XrefEntry* entry = doc.LookupEntry(static_cast<const pdfRef*>(value)->Id());
         value = entry ? LoadObject(doc, entry) : nullptr;  // a placeholder loads nothing
     }

@@ -123,6 +123,22 @@ void FillPalette(ivPdf& doc, ivImage2d& image, pdfImageDescription& d) {
     }
 }
 
+// Reads `count` bytes of a row: as many as `buffer` holds into it, the rest passed over in
+// pieces (a row claimed by a huge depth is never held whole). Returns the bytes read.
+std::uint64_t ReadLongRow(ivByteReader& in, std::vector<std::uint8_t>& buffer, std::uint64_t count) {
+    const auto first = static_cast<std::uint32_t>(std::min<std::uint64_t>(count, buffer.size()));
+    std::uint64_t got = in.Read(buffer.data(), first);
+    if (got < first) return got;
+    std::uint8_t scratch[4096];
+    while (got < count) {
+        const auto want = static_cast<std::uint32_t>(std::min<std::uint64_t>(count - got, sizeof scratch));
+        const std::uint32_t n = in.Read(scratch, want);
+        got += n;
+        if (n < want) break;
+    }
+    return got;
+}
+
 // Reads the image's samples row by row straight into the bitmap. A row longer than the
 // bitmap's (16-bit samples, a depth the format does not have) goes through a buffer: 16-bit
 // samples keep their high byte, anything else is cut to the bitmap's row.
@@ -133,17 +149,20 @@ void ReadRows(ivPdf& doc, ivStream& data, ivImage2d& image, const pdfImageDescri
     const std::uint64_t rowBytes = (std::uint64_t(image.Width()) * d.bitsPerComponent * components + 7) / 8;
     const bool direct = rowBytes <= image.Stride();
     const bool sixteen = d.bitsPerComponent == 16 && image.PixelFormat() == ivImage2d::kBgr24;
-    std::vector<std::uint8_t> buffer(direct ? 0 : static_cast<std::size_t>(rowBytes));
+    // Only the part of a long row that the bitmap can take is kept.
+    const std::uint64_t kept = std::min<std::uint64_t>(rowBytes, 2 * std::uint64_t(image.Stride()));
+    std::vector<std::uint8_t> buffer(direct ? 0 : static_cast<std::size_t>(kept));
     ivByteReader in(data);
     for (std::uint32_t y = 0; y < image.Height(); ++y) {
         std::uint8_t* out = image.Row(y);
-        std::uint8_t* target = direct ? out : buffer.data();
-        std::uint32_t got = in.Read(target, static_cast<std::uint32_t>(rowBytes));
+        const std::uint64_t got = direct ? in.Read(out, static_cast<std::uint32_t>(rowBytes))
+                                         : ReadLongRow(in, buffer, rowBytes);
         if (!direct) {
             if (sixteen)
-                for (std::size_t i = 0; i < image.Stride() && 2 * i < got; ++i) out[i] = buffer[2 * i];
+                for (std::size_t i = 0; i < image.Stride() && 2 * i < got && 2 * i < buffer.size(); ++i)
+                    out[i] = buffer[2 * i];
             else
-                std::memcpy(out, buffer.data(), std::min<std::size_t>(got, image.Stride()));
+                std::memcpy(out, buffer.data(), static_cast<std::size_t>(std::min<std::uint64_t>(got, image.Stride())));
         }
         if (got < rowBytes) {
             if (Failed(in.LastStatus()))

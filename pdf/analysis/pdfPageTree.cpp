@@ -33,6 +33,8 @@ private:
     ivPdf& m_doc;
     std::unordered_set<const pdfObject*> m_treeNodes;
     std::unordered_set<const pdfObject*> m_cutOff;  // nodes reported as listed too many times
+    std::unordered_set<const pdfObject*> m_pages;   // page objects met so far
+    std::unordered_set<const pdfObject*> m_reportedRepeats;
     std::set<ObjId> m_unreadable;                    // kids whose object could not be read
     int m_revisiting = 0;
     long m_budget = kRevisitBudget;
@@ -67,6 +69,9 @@ ivStatus PageTreeWalker::Walk(const pdfObject* value, pdfTree* parent) {
             Report(m_doc, "Page is not expected here");
             return kOk;
         }
+        // Still listed as often as it appears, but said once: a page has one place in the tree.
+        if (!m_pages.insert(value).second && m_reportedRepeats.insert(value).second)
+            Report(m_doc, "Page %d %d R is listed more than once in the page tree", static_cast<int>(id.num), id.gen);
         auto* page = static_cast<pdfPage*>(parent->Add(std::make_unique<pdfPage>(value, id, parent)));
         m_doc.AddPage(page);
         return kOk;

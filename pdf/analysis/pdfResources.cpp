@@ -1,6 +1,8 @@
 #include "pdf/analysis/pdfResources.h"
 
+#include <algorithm>
 #include <unordered_set>
+#include <vector>
 
 #include "pdf/analysis/ivPdf.h"
 #include "pdf/analysis/pdfRoleRegistry.h"
@@ -205,7 +207,15 @@ ivStatus AnalyseXObject(ivPdf& doc, XrefEntry* entry, const pdfObject* streamDic
         SetRole(doc, streamDict, entry, kRoleImage);
         if (const pdfObject* space = DictGet(streamDict, "ColorSpace")) AnalyseColourSpace(doc, space);
     } else if (TextEquals(subtype, "Form")) {
-        if (SetRole(doc, streamDict, entry, kRoleForm) == kOk) AnalyseResourceHolder(doc, streamDict);
+        if (!entry) entry = FindEntryByRecord(doc, streamDict);
+        std::vector<const XrefEntry*>& path = doc.FormPath();
+        if (SetRole(doc, streamDict, entry, kRoleForm) == kOk) {
+            path.push_back(entry);
+            AnalyseResourceHolder(doc, streamDict);
+            path.pop_back();
+        } else if (entry && std::find(path.begin(), path.end(), entry) != path.end()) {
+            Report(doc, "Form %d %d R draws itself through its resources", static_cast<int>(entry->num), entry->gen);
+        }
     }
     return kOk;
 }
@@ -260,31 +270,52 @@ ivStatus AnalyseAnnotation(ivPdf& doc, const pdfObject* dict) {
     return kOk;
 }
 
-ivStatus WalkActions(ivPdf& doc, const pdfObject* value) {
-    if (!value) return kInvalidArg;
+namespace {
+
+// Each turn either passes an entry that takes the action role now (a second pass answers 1
+// and ends the chain) or descends into a direct value, so the loop ends. `path` holds the
+// entries passed from the first action on; meeting one of them again is a loop.
+ivStatus WalkActionChain(ivPdf& doc, const pdfObject* value, std::vector<const XrefEntry*>& path) {
     AnalysisDepth depth(doc);
     if (!depth.Ok()) return kFail;
-    // Each turn either passes an entry that takes the action role now (a second pass answers
-    // 1 and ends the chain) or descends into a direct value, so the loop ends.
+    const std::size_t pathSize = path.size();
+    ivStatus result = kOk;
     for (;;) {
         const pdfObject* object = value;
         if (const pdfRef* ref = AsRef(value)) {
             XrefEntry* entry = nullptr;
             object = Fetch(doc, ref, &entry);
-            if (!object) return kOk;
-            if (ivStatus st = SetRole(doc, object, entry, kRoleAction); st != kOk) return st;
+            if (!object) break;
+            if (!entry) entry = FindEntryByRecord(doc, object);
+            ivStatus st = SetRole(doc, object, entry, kRoleAction);
+            if (st != kOk) {
+                if (entry && std::find(path.begin(), path.end(), entry) != path.end())
+                    Report(doc, "Action %d %d R is its own Next", static_cast<int>(entry->num), entry->gen);
+                result = st;
+                break;
+            }
+            path.push_back(entry);
         }
         if (AsDict(object)) {
             value = DictGet(object, "Next");
-            if (!value) return kOk;
-        } else if (const pdfArray* array = AsArray(object)) {
-            for (const pdfObject* item : array->Elements())
-                if (item) WalkActions(doc, item);
-            return kOk;
+            if (!value) break;
         } else {
-            return kOk;
+            if (const pdfArray* array = AsArray(object))
+                for (const pdfObject* item : array->Elements())
+                    if (item) WalkActionChain(doc, item, path);
+            break;
         }
     }
+    path.resize(pathSize);
+    return result;
+}
+
+}  // namespace
+
+ivStatus WalkActions(ivPdf& doc, const pdfObject* value) {
+    if (!value) return kInvalidArg;
+    std::vector<const XrefEntry*> path;
+    return WalkActionChain(doc, value, path);
 }
 
 ivStatus WalkOutlines(ivPdf& doc, const pdfObject* dict, int /*depth*/) {

@@ -112,6 +112,9 @@ ivDecrypt::ivDecrypt(pdfDocument& doc, const pdfObject* dictionary, const XrefSe
     const pdfObject* first = ids->Items()[0];
     if (first->tag != kTagHexString) Report(doc, "ID must be a HEX string");
     if (const pdfBytes* b = AsBytes(first)) m_fileId.assign(b->Data(), b->Data() + b->size);
+    // The keys take 16 identifier bytes; a shorter identifier is padded with zeros.
+    if (m_fileId.size() < 16)
+        Report(doc, "File ID is %d bytes long; it is padded with zeros to 16", static_cast<int>(m_fileId.size()));
 }
 
 void ivDecrypt::CopyBytes(const pdfObject* value, Bytes& field) {

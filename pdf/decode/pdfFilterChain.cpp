@@ -74,6 +74,11 @@ bool NameIs(const pdfObject* name, const char* full, const char* abbrev) {
     return std::strcmp(s, full) == 0 || std::strcmp(s, abbrev) == 0;
 }
 
+bool IsImageCodec(const pdfObject* name) {
+    return NameIs(name, "DCTDecode", "DCT") || NameIs(name, "CCITTFaxDecode", "CCF") ||
+           NameIs(name, "JPXDecode", "JPXDecode") || NameIs(name, "JBIG2Decode", "JBIG2Decode");
+}
+
 // The stored bytes, decrypted when the document has a security handler (a cross-reference
 // stream never is encrypted). `length` becomes the plain length.
 ivRef<ivStream> RawData(pdfDocument& doc, const pdfStream* stream, const XrefEntry* entry, std::int32_t& length,
@@ -99,7 +104,12 @@ ivRef<ivStream> CreateFlateOrLZWFilter(pdfDocument& doc, ivRef<ivStream> source,
     if (lzw) {
         std::uint32_t earlyChange = Param(doc, params, "EarlyChange", 1);
         auto out = ivMemStream::Create();
-        DecodeLZW(*source, *out, earlyChange != 0, doc.DecodedLimit());  // whatever it produced is kept
+        // Whatever was decoded is kept, after a failure too.
+        bool notCleared = false;
+        const ivStatus st = DecodeLZW(*source, *out, earlyChange != 0, doc.DecodedLimit(), &notCleared);
+        if (notCleared) Report(doc, "LZW code table is full and is not cleared");
+        if (st == kFail)
+            Report(doc, "LZW data can't be decoded after %llu bytes", static_cast<unsigned long long>(out->Size()));
         out->Rewind();
         decoded = out;
     } else {
@@ -170,7 +180,11 @@ ivStatus OpenDecodedStream(pdfDocument& doc, const pdfObject* obj, const XrefEnt
         } else if (NameIs(name, "FlateDecode", "Fl")) {
             next = CreateFlateOrLZWFilter(doc, out.stream, params, false);
         } else {
-            continue;  // image codecs and the rest: the data passes on unchanged
+            // Image codecs are left to image decoding; the rest pass on unchanged.
+            if (!IsImageCodec(name) && !NameIs(name, "Crypt", "Crypt"))
+                Report(doc, "%s filter is not supported; the data is left as it is",
+                       static_cast<const pdfBytes*>(name)->Chars());
+            continue;
         }
         out.length = -1;
         if (next) out.stream = std::move(next);

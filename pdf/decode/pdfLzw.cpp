@@ -37,6 +37,7 @@ public:
     }
 
     ivStatus Run(std::uint64_t limit);
+    bool NotCleared() const { return m_notCleared; }
 
 private:
     void Reset();
@@ -55,6 +56,7 @@ private:
     std::uint32_t m_threshold = 0;
     std::uint32_t m_previous = 0;
     bool m_havePrevious = false;
+    bool m_notCleared = false;  // codes went on after the table was full
     std::uint32_t m_lateBy;  // 1 without early change: widths switch one entry later
 };
 
@@ -81,6 +83,8 @@ bool LzwDecoder::ReadCode(std::uint32_t& code) {
 }
 
 void LzwDecoder::AddEntry(std::uint32_t code) {
+    // Every 12-bit code is in use: the encoder should have cleared the table by now.
+    if (m_nextFree >= 4096) m_notCleared = true;
     if (m_nextFree >= kTableSize) return;  // full: decoding goes on without new entries
     const LzwEntry& prev = m_table[m_previous];
     LzwEntry& e = m_table[m_nextFree];
@@ -142,11 +146,12 @@ ivStatus LzwDecoder::Run(std::uint64_t limit) {
 
 }  // namespace
 
-ivStatus DecodeLZW(ivStream& source, ivMemStream& out, bool earlyChange, std::uint64_t limit) {
+ivStatus DecodeLZW(ivStream& source, ivMemStream& out, bool earlyChange, std::uint64_t limit, bool* notCleared) {
     ivStatus st = kOk;
     try {
         LzwDecoder decoder(source, out.Data(), earlyChange);
         st = decoder.Run(limit);
+        if (notCleared) *notCleared = decoder.NotCleared();
     } catch (const std::bad_alloc&) {
         st = kOutOfMemory;  // what was appended before stays
     }

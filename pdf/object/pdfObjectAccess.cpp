@@ -59,6 +59,18 @@ void CheckStreamRole(pdfDocument& doc, pdfStream* stream, XrefEntry* entry) {
         entry->role = kRoleImage;
 }
 
+// A direct Length that can't be right; the data is read up to the end of the file whatever
+// it says. An indirect Length is looked at only when the data is read.
+void CheckStreamLength(pdfDocument& doc, const pdfStream* stream) {
+    const pdfObject* length = DictGet(stream->dict, "Length");
+    if (!length || length->tag != kTagInt) return;
+    const std::int64_t n = static_cast<const pdfInt*>(length)->value;
+    if (n < 0)
+        Report(doc, "Stream Length %lld is not valid", static_cast<long long>(n));
+    else if (stream->dataPos + n > static_cast<std::int64_t>(doc.FileSize()))
+        Report(doc, "Stream Length %lld goes beyond the end of the file", static_cast<long long>(n));
+}
+
 // Builds the index of an object stream; false when the stream cannot serve as one.
 bool BuildObjStmIndex(pdfDocument& doc, pdfStream* stream);
 
@@ -119,9 +131,9 @@ pdfObject* LoadObject(pdfDocument& doc, XrefEntry* entry) {
     if (doc.Security()) doc.Security()->SetCurrentObject(entry->Id());
     if (entry->Compressed()) return ReadFromObjectStream(doc, entry);
 
-    if (entry->offset != pdfParser::kKeepPosition && entry->offset >= doc.FileSize()) {
+    if (entry->offset >= doc.FileSize()) {
         // Nothing can ever be read there: say so once and keep the entry as an empty one.
-        Report(doc, "Object offset %d is beyond the end of the file", static_cast<int>(entry->offset));
+        Report(doc, "Object offset %u is beyond the end of the file", static_cast<unsigned>(entry->offset));
         doc.NoteLoaded(entry);
         return nullptr;
     }
@@ -152,6 +164,7 @@ pdfObject* ReadObjectBody(pdfDocument& doc, pdfParser& source, XrefEntry* entry,
     pdfStream* stream = NewStream(doc.Arena(), first, list->streamPos, entry);
     doc.NoteStream(stream);
     CheckStreamRole(doc, stream, entry);
+    if (!entry->Compressed()) CheckStreamLength(doc, stream);
     entry->object = stream;
     doc.NoteLoaded(entry);
     return stream;
@@ -164,7 +177,10 @@ bool ReadObjStmHeader(pdfDocument& doc, ObjStmIndex& index) {
     std::string num, off;
     std::uint32_t previous = 0;
     for (std::uint32_t i = 0; i < index.n; ++i) {
-        if (!ReadToken(source, num) || !ReadToken(source, off)) break;
+        if (!ReadToken(source, num) || !ReadToken(source, off)) {
+            Report(doc, "N is %u, but the object stream lists only %u", index.n, i);
+            break;
+        }
         auto offset = static_cast<std::uint32_t>(TokenToLong(off));
         if (i > 0 && offset <= previous) Report(doc, "Wrong object offset in the stream");
         previous = offset;
@@ -237,7 +253,11 @@ pdfObject* ReadFromObjectStream(pdfDocument& doc, XrefEntry* entry) {
     if (!stream->objStmIndex && !BuildObjStmIndex(doc, stream)) return nullptr;
     ObjStmIndex& index = *stream->objStmIndex;
     const ObjStmIndex::Item* item = index.FindFirst(entry->num);
-    if (!item) return nullptr;
+    if (!item) {
+        Report(doc, "Object %d %d R is not listed in its object stream", static_cast<int>(entry->num), entry->gen);
+        doc.NoteLoaded(entry);
+        return nullptr;
+    }
     // Data dropped once every object of the stream was read is decoded again on demand.
     if (!index.data && (!index.released || !DecodeObjStmData(doc, stream, index))) return nullptr;
 
@@ -248,6 +268,9 @@ pdfObject* ReadFromObjectStream(pdfDocument& doc, XrefEntry* entry) {
         std::uint32_t end = next != index.offsets.end() ? std::min(*next, size) : size;
         entry->length = end > item->offset ? end - item->offset : 0;
     }
+    if (item->offset >= index.data->Size())
+        Report(doc, "Object %d %d R starts beyond the end of its object stream", static_cast<int>(entry->num),
+               entry->gen);
     pdfObject* object = nullptr;
     {
         pdfParser source(&doc, index.data, item->offset, entry->length);

@@ -328,7 +328,10 @@ void ApplyTrailer(XrefSection& section, pdfDocument& doc, const pdfObject* dict)
         }
         const char* k = key->Chars();
         if (std::strcmp(k, "XRefStm") == 0) {
+            // Recorded, not followed; a value that is no position in the file is still wrong.
             GetIntegerChecked(doc, p.value, &section.xrefStm);
+            if (section.xrefStm >= doc.FileSize())
+                Report(doc, "XRefStm %d is not an offset in the file", static_cast<int>(section.xrefStm));
         } else if (std::strcmp(k, "Size") == 0) {
             GetIntegerChecked(doc, p.value, &section.size);
         } else if (std::strcmp(k, "Prev") == 0) {
@@ -349,6 +352,19 @@ void ApplyTrailer(XrefSection& section, pdfDocument& doc, const pdfObject* dict)
             Report(doc, "%s is unknown trailer entry ", k);
         }
     }
+}
+
+void CheckTrailerSizes(pdfDocument& doc) {
+    std::uint32_t highest = 0;
+    for (const auto& s : doc.Sections()) {
+        // A hybrid file's stream section is not read, so its objects can't be counted here.
+        if (s->xrefStm != 0) return;
+        for (const XrefEntry* e : s->entries) highest = std::max(highest, e->num);
+    }
+    for (const auto& s : doc.Sections())
+        if (s->size > std::uint64_t(highest) + 1)
+            Report(doc, "Size %u is larger than the highest object number + 1 (%u)", static_cast<unsigned>(s->size),
+                   static_cast<unsigned>(highest + 1));
 }
 
 void ComputeLengths(pdfDocument& doc) {

@@ -17,4 +17,6 @@ ivStatus ReadSection(pdfDocument& doc, XrefSection& section, std::uint32_t offse
 // Stores the trailer keys of `dict` in the section.
 void ApplyTrailer(XrefSection& section, pdfDocument& doc, const pdfObject* dict);
 // Gives every in-file entry the extent up to the next object or section.
+// Reports a trailer Size beyond the highest object number the sections list.
+void CheckTrailerSizes(pdfDocument& doc);
 void ComputeLengths(pdfDocument& doc);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "cli/cliReport.h"
+#include "support/CliRun.h"
 #include "support/TestSupport.h"
 
 namespace {
@@ -40,17 +41,15 @@ TEST(CliPassword, TriedOnceAfterTheEmptyOne) {
     }
 }
 
+// The data goes straight to standard output as it is decoded, so this runs the program itself.
 TEST(CliPassword, StreamDataOfAnEncryptedFile) {
-    CliOptions options;
-    options.password = "user";
-    options.streamRequested = true;
-    options.streamNum = 9;
-    FileOutcome out = WriteStreamData(TestDataPath("enc-aes-128-user-zero-tail.pdf"), options);
+    ScratchFolder folder("password-stream");
+    const std::string file = TestDataPath("enc-aes-128-user-zero-tail.pdf");
+    CliOutcome out = RunCli({"--password", "user", "--stream", "9", "0", file}, folder.Path());
     EXPECT_EQ(out.exitStatus, kExitClean);
     EXPECT_EQ(out.out, ReadTestFile("enc-rc4-40-user.9-0.bin"));
 
-    options.password = "wrong";
-    out = WriteStreamData(TestDataPath("enc-aes-128-user-zero-tail.pdf"), options);
+    out = RunCli({"--password", "wrong", "--stream", "9", "0", file}, folder.Path());
     EXPECT_EQ(out.exitStatus, kExitNotOpened);
     EXPECT_EQ(out.out, "");
     EXPECT_NE(out.err.find("could not be opened (0x80060005)"), std::string::npos) << out.err;

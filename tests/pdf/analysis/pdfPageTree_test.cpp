@@ -37,8 +37,9 @@ TEST(PageTree, WalkBuildsThePageList) {
         {"tree-kids-cycle.pdf",
          {"3"},
          {"Page tree node 2 0 R is its own ancestor; its Kids are not walked again"}},
-        // A page listed twice appears twice, and so does everything below a node listed twice.
-        {"tree-listed-twice.pdf", {"5", "5", "3", "5", "5"}, {}},
+        // A page listed twice appears twice, and so does everything below a node listed twice;
+        // the repeat is said once.
+        {"tree-listed-twice.pdf", {"5", "5", "3", "5", "5"}, {"Page 5 0 R is listed more than once in the page tree"}},
         {"tree-nested-too-deep.pdf", {}, {"Objects are nested too deep to follow"}},
     };
     for (const auto& c : cases) {
@@ -55,10 +56,11 @@ TEST(PageTree, SharedSubtreesStopWithinABudget) {
     EXPECT_LE(f.Doc().Pages().size(), 100001u);
     EXPECT_GT(f.Doc().Pages().size(), 1000u);
     Strings messages = AllMessages(f);
-    ASSERT_FALSE(messages.empty());
-    EXPECT_EQ(messages[0].rfind("Page tree node ", 0), 0u);
-    EXPECT_NE(messages[0].find(" is listed too many times; its Kids are not walked again"),
-              std::string::npos);
+    const auto cut = std::find_if(messages.begin(), messages.end(), [](const std::string& m) {
+        return m.rfind("Page tree node ", 0) == 0 &&
+               m.find(" is listed too many times; its Kids are not walked again") != std::string::npos;
+    });
+    EXPECT_NE(cut, messages.end());
 }
 
 TEST(PageTree, TreeNodesAndRoles) {

@@ -70,9 +70,12 @@ TEST(ResourceWalks, XObjects) {
         // The form's resources are followed once, from the first page: the page tree used as a
         // graphics state is reported once, not three times.
         {"xobject-form-many-pages.pdf", "6:12 7:27", {Analize(3) + "2 0 R Used as something else already"}},
-        {"xobject-form-draws-itself.pdf", "4:5 5:12", {}},
+        {"xobject-form-draws-itself.pdf", "4:5 5:12", {Analize(3) + "Form 5 0 R draws itself through its resources"}},
         // A form and a pattern whose resources are the page's own resources.
-        {"res-cycle-through-form.pdf", "4:5 5:17 6:12 7:16", {}},
+        {"res-cycle-through-form.pdf",
+         "4:5 5:17 6:12 7:16",
+         {Analize(3) + "Form 6 0 R draws itself through its resources",  // through its own XObjects
+          Analize(3) + "Form 6 0 R draws itself through its resources"}},  // through the pattern's
         // Resources that name themselves as an XObject sub-dictionary, a property list and a shading.
         {"res-contains-itself.pdf", "4:17", {Analize(3) + "4 0 R Used as something else already"}},
     };
@@ -116,9 +119,12 @@ TEST(ResourceWalks, AnnotationsAndActions) {
           Analize(3) + "Accessing Object 4 0 R > Not a dictionary",
           Analize(3) + "Anotations must be a dictionary object"}},
         // Two actions whose Next lead to each other.
-        {"action-next-loop.pdf", "5:34 6:34", {}},
+        {"action-next-loop.pdf", "5:34 6:34", {Analize(3) + "Action 5 0 R is its own Next"}},
         // Next arrays that lead back, and an indirect Next array that lists itself.
-        {"action-next-array-loop.pdf", "5:34 6:34 7:34 8:34", {}},
+        {"action-next-array-loop.pdf",
+         "5:34 6:34 7:34 8:34",
+         {Analize(3) + "Action 5 0 R is its own Next", Analize(3) + "Action 8 0 R is its own Next",
+          Analize(3) + "Action 7 0 R is its own Next"}},
         // A chain that reaches an annotation ends there: the annotation's own Next is not followed.
         {"action-next-to-annotation.pdf",
          "4:35 5:34 6:0",

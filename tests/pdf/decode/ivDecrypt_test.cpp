@@ -337,7 +337,7 @@ TEST(Decrypt, DictionaryEdgeCases) {
         // The literal string's bytes still make the key.
         {"enc-id-not-hex.pdf", {}, kOk, 0, {Scoped("ID must be a HEX string")}},
         // A short identifier is completed with zeros.
-        {"enc-id-short.pdf", {}, kOk, 0, {}},
+        {"enc-id-short.pdf", {}, kOk, 0, {"Encryption Dictionary > File ID is 4 bytes long; it is padded with zeros to 16"}},
         // Only 16 bytes of a 32-byte identifier enter the key; the file's writer took all 32.
         {"enc-id-32-bytes.pdf", {}, kCancelled, 1, {}},
         // O begins with FE FF: its bytes still count as stored.
@@ -350,7 +350,9 @@ TEST(Decrypt, DictionaryEdgeCases) {
          {},
          kFail,
          0,
-         {Scoped("Reading Object 3 0 R > Object 3 0 R was not found")}},
+         // Size still counts the missing dictionary.
+         {"Size 4 is larger than the highest object number + 1 (3)",
+          Scoped("Reading Object 3 0 R > Object 3 0 R was not found")}},
     };
     for (const auto& c : cases) {
         Opened f(c.file, c.answers);

@@ -179,14 +179,14 @@ TEST(CcittFaxDecode, ReadsParametersInDictionaryOrder) {
         {"<< /K -1 /EncodedByteAlign true >>", aligned, wb, {}},
         {"<< /K -1 >>", packed, wb, {}},                         // filler read as VR2
         {"<< /EncodedByteAlign 1 /K -1.2 >>", aligned, wb, {}},  // integer as boolean, real rounded
-        {"<< /K 0 /BlackIs1 true >>", untouched, bw, {}},        // K >= 0: only filled
-        {"<< >>", untouched, wb, {}},                            // K defaults to 0
-        {"null", untouched, wb, {}},                             // no parameters
-        {"[ /K -1 ]", untouched, wb, {}},                        // not a dictionary: defaults
+        {"<< /K 0 /BlackIs1 true >>", untouched, bw, {"CCITT data with K 0 is not decoded; the image is left white"}},        // K >= 0: only filled
+        {"<< >>", untouched, wb, {"CCITT data with K 0 is not decoded; the image is left white"}},                            // K defaults to 0
+        {"null", untouched, wb, {"CCITT data with K 0 is not decoded; the image is left white"}},                             // no parameters
+        {"[ /K -1 ]", untouched, wb, {"CCITT data with K 0 is not decoded; the image is left white"}},                        // not a dictionary: defaults
         {"<< /K -1 /BlackIs1 true >>", packed, bw, {}},
         {"<< /K -1 /BlackIs1 /Yes >>", packed, wb, {"BOOL is Expected"}},
-        {"<< /K /Minus >>", untouched, wb, {"Number is Expected"}},
-        {"<< /K -1 /K 0 >>", untouched, wb, {}},  // every entry read: the last K wins
+        {"<< /K /Minus >>", untouched, wb, {"Number is Expected", "CCITT data with K 0 is not decoded; the image is left white"}},
+        {"<< /K -1 /K 0 >>", untouched, wb, {"CCITT data with K 0 is not decoded; the image is left white"}},  // every entry read: the last K wins
         {"<< /BlackIs1 true /BlackIs1 () /K -1 >>", packed, wb, {"BOOL is Expected"}},  // back to false
     };
     for (const auto& c : cases) {

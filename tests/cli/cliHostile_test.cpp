@@ -1,0 +1,612 @@
+// Hostile files through the whole command line: loops, deep nesting, huge claims, garbage
+// behind every image filter, broken encryption dictionaries. Each file is built here in memory
+// (or, where a fixture in tests/data already is that file, read from there) and given to
+// vantrel-cli in a child process with --json --export-images, or --contents 1 for content-stream
+// cases. Every one must end within its time, stay under its memory (the child's peak resident
+// size from wait4), report at least one message and exit with the status the command-line
+// contract gives it (0 clean, 1 messages, 2 not opened).
+//
+// VANTREL_HOSTILE_DIR=FOLDER keeps the files (and the runs' outputs) there instead of in a
+// temporary folder, for a look at them with other tools.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "support/CliRun.h"
+#include "support/PdfBuilder.h"
+#include "support/TestSupport.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+enum class Run { Report, Contents };
+
+struct Hostile {
+    std::string name;
+    std::function<std::string()> make;  // the file's bytes
+    int exitStatus;
+    Run run = Run::Report;
+};
+
+// ---- builders -------------------------------------------------------------------------------
+
+std::string Repeat(std::string_view piece, std::size_t times) {
+    std::string out;
+    out.reserve(piece.size() * times);
+    for (std::size_t i = 0; i < times; ++i) out += piece;
+    return out;
+}
+
+// Deterministic bytes that no decoder can make sense of.
+std::string Garbage(std::size_t n, std::uint32_t seed) {
+    std::string out(n, '\0');
+    for (char& c : out) {
+        seed = seed * 1664525u + 1013904223u;
+        c = static_cast<char>(seed >> 24);
+    }
+    return out;
+}
+
+// Catalog 1, page tree 2, page 3 with `pageEntries`, its contents 4 holding `contents`.
+void OnePage(PdfBuilder& pdf, std::string_view pageEntries = "", std::string_view contents = "") {
+    pdf.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
+    pdf.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
+    pdf.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Contents 4 0 R" +
+                      std::string(pageEntries) + " >>");
+    pdf.Stream(4, "", contents);
+}
+
+// OnePage plus `objects`, one classic table, startxref.
+std::string Document(const std::vector<std::pair<std::uint32_t, std::string>>& objects,
+                     std::string_view pageEntries = "", std::string_view contents = "",
+                     std::string_view trailerExtra = "") {
+    PdfBuilder pdf;
+    OnePage(pdf, pageEntries, contents);
+    std::uint32_t size = 5;
+    for (const auto& [num, body] : objects) {
+        pdf.Object(num, body);
+        size = std::max(size, num + 1);
+    }
+    pdf.StartXref(pdf.Table(" /Size " + std::to_string(size) + " /Root 1 0 R" + std::string(trailerExtra)));
+    return pdf.Bytes();
+}
+
+// A document whose page draws the image 5 0 with the given dictionary entries and data.
+std::string ImageDocument(std::string_view entries, std::string_view data,
+                          const std::vector<std::pair<std::uint32_t, std::string>>& more = {}) {
+    PdfBuilder pdf;
+    OnePage(pdf, " /Resources << /XObject << /Im0 5 0 R >> >>", "q 10 0 0 10 0 0 cm /Im0 Do Q");
+    pdf.Stream(5, " /Type /XObject /Subtype /Image " + std::string(entries), data);
+    for (const auto& [num, body] : more) pdf.Object(num, body);
+    pdf.StartXref(pdf.Table(" /Size 10 /Root 1 0 R"));
+    return pdf.Bytes();
+}
+
+std::string Fixture(const std::string& name) {
+    std::string bytes = ReadTestFile(name);
+    if (bytes.empty()) ADD_FAILURE() << "missing fixture tests/data/" << name;
+    return bytes;
+}
+
+// A fixture with every occurrence of `from` replaced by `to` of the same length, so that no
+// offset moves.
+std::string Patched(const std::string& name, const std::string& from, const std::string& to) {
+    std::string bytes = Fixture(name);
+    EXPECT_EQ(from.size(), to.size());
+    bool found = false;
+    for (std::size_t at = 0; (at = bytes.find(from, at)) != std::string::npos; at += to.size()) {
+        bytes.replace(at, from.size(), to);
+        found = true;
+    }
+    EXPECT_TRUE(found) << from << " not in " << name;
+    return bytes;
+}
+
+// ---- Prev chains: sections written oldest first, each Prev filled once every offset is known.
+std::string Sections(const std::vector<int>& prevOf) {
+    PdfBuilder pdf;
+    OnePage(pdf);
+    std::vector<std::size_t> slots(prevOf.size());
+    std::vector<std::uint32_t> at(prevOf.size());
+    for (std::size_t i = 0; i < prevOf.size(); ++i) {
+        at[i] = pdf.Offset();
+        pdf.Raw("xref\n0 1\n0000000000 65535 f\r\n");
+        if (i == 0) {
+            // The first table lists the document's objects.
+            pdf.Raw("1 4\n");
+            for (std::uint32_t n = 1; n <= 4; ++n) {
+                char line[24];
+                std::snprintf(line, sizeof line, "%010u 00000 n\r\n", pdf.OffsetOf(n));
+                pdf.Raw(line);
+            }
+        }
+        pdf.Raw("trailer\n<< /Size 5 /Root 1 0 R /Prev ");
+        slots[i] = pdf.Slot();
+        pdf.Raw(" >>\n");
+    }
+    for (std::size_t i = 0; i < prevOf.size(); ++i)
+        pdf.Fill(slots[i], at[static_cast<std::size_t>(prevOf[i])]);
+    pdf.StartXref(at.back());
+    return pdf.Bytes();
+}
+
+// LZW codes (EarlyChange 1) that never clear the table: a run of codes each naming the entry
+// just made, so strings grow by a byte per code until the table is full, then `repeats` more
+// codes naming the longest string the 12-bit codes reach.
+std::string LzwWithoutClearCodes(std::size_t repeats) {
+    std::string out;
+    std::uint64_t acc = 0;
+    int bits = 0, width = 9;
+    std::uint32_t nextFree = 258, threshold = 510;
+    bool first = true;
+    auto put = [&](std::uint32_t code) {
+        acc = acc << width | code;
+        for (bits += width; bits >= 8; bits -= 8) out += static_cast<char>(acc >> (bits - 8));
+        if (first) {
+            first = false;
+        } else if (nextFree < 5119 && ++nextFree > threshold && width < 12) {
+            ++width;
+            threshold = (1u << width) - 2;
+        }
+    };
+    put('A');
+    while (nextFree <= 4095) put(nextFree);
+    for (std::size_t i = 0; i < repeats; ++i) put(4095);
+    if (bits) out += static_cast<char>(acc << (8 - bits));
+    return out;
+}
+
+// Objects 5 to 5 + n - 1, each a reference to the next; the last one is `end`.
+std::vector<std::pair<std::uint32_t, std::string>> ReferenceChain(std::uint32_t n, const std::string& end) {
+    std::vector<std::pair<std::uint32_t, std::string>> objects;
+    for (std::uint32_t i = 0; i + 1 < n; ++i) objects.emplace_back(5 + i, std::to_string(6 + i) + " 0 R");
+    objects.emplace_back(5 + n - 1, end);
+    return objects;
+}
+
+// An object stream 5 holding object 6 (an integer) with `entries` for its dictionary; object 6
+// is listed in it by a cross-reference stream at index `index`.
+std::string ObjectStreamDocument(std::string_view entries, std::uint32_t index = 0) {
+    PdfBuilder pdf;
+    OnePage(pdf);
+    pdf.Stream(5, " /Type /ObjStm" + std::string(entries), "6 0 42");
+    const std::uint32_t at = pdf.Offset();
+    std::string rows;
+    auto row = [&rows](int type, std::uint32_t f2, std::uint16_t f3) {
+        rows += static_cast<char>(type);
+        for (int i = 3; i >= 0; --i) rows += static_cast<char>((f2 >> (8 * i)) & 0xFF);
+        rows += static_cast<char>(f3 >> 8);
+        rows += static_cast<char>(f3 & 0xFF);
+    };
+    row(0, 0, 65535);
+    for (std::uint32_t n = 1; n <= 5; ++n) row(1, pdf.OffsetOf(n), 0);
+    row(2, 5, static_cast<std::uint16_t>(index));
+    row(1, at, 0);
+    pdf.Raw("7 0 obj\n<< /Type /XRef /Size 8 /W [1 4 2] /Root 1 0 R /Length " + std::to_string(rows.size()) +
+            " >>\nstream\n" + rows + "\nendstream\nendobj\n");
+    pdf.StartXref(at);
+    return pdf.Bytes();
+}
+
+// A stream object typed by hand, so that its Length can be anything.
+std::string RawStream(std::string_view entries, std::string_view data) {
+    return "<<" + std::string(entries) + " >>\nstream\n" + std::string(data) + "\nendstream";
+}
+
+// The image document with the image's dictionary entries (Length included) typed by hand.
+std::string RawImageDocument(std::string_view entries, std::string_view data) {
+    PdfBuilder pdf;
+    OnePage(pdf, " /Resources << /XObject << /Im0 5 0 R >> >>", "q 10 0 0 10 0 0 cm /Im0 Do Q");
+    pdf.Object(5, RawStream(" /Type /XObject /Subtype /Image" + std::string(entries), data));
+    pdf.StartXref(pdf.Table(" /Size 6 /Root 1 0 R"));
+    return pdf.Bytes();
+}
+
+// A one-page document whose contents stream says its Length is `length`.
+std::string ContentsWithLength(const std::string& length) {
+    PdfBuilder pdf;
+    pdf.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
+    pdf.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
+    pdf.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Contents 4 0 R >>");
+    pdf.Object(4, RawStream(" /Length " + length, "BT /F1 12 Tf (x) Tj ET"));
+    pdf.StartXref(pdf.Table(" /Size 5 /Root 1 0 R"));
+    return pdf.Bytes();
+}
+
+// zlib data in stored (uncompressed) blocks, for Flate streams without a compressor.
+std::string Deflated(std::string_view data) {
+    std::string out = "\x78\x01";
+    std::size_t at = 0;
+    do {
+        const std::size_t n = std::min<std::size_t>(data.size() - at, 65535);
+        const bool last = at + n == data.size();
+        out += static_cast<char>(last ? 1 : 0);
+        out += static_cast<char>(n & 0xFF);
+        out += static_cast<char>(n >> 8);
+        out += static_cast<char>(~n & 0xFF);
+        out += static_cast<char>((~n >> 8) & 0xFF);
+        out.append(data.substr(at, n));
+        at += n;
+    } while (at < data.size());
+    std::uint32_t a = 1, b = 0;
+    for (unsigned char c : data) {
+        a = (a + c) % 65521;
+        b = (b + a) % 65521;
+    }
+    const std::uint32_t adler = b << 16 | a;
+    for (int i = 3; i >= 0; --i) out += static_cast<char>((adler >> (8 * i)) & 0xFF);
+    return out;
+}
+
+// A document whose newest section is the cross-reference stream 5 with `entries` (Type and
+// Root are there) and `rows` as its data, unfiltered unless `entries` says otherwise.
+std::string XrefStreamWith(std::string_view entries, std::string_view rows) {
+    PdfBuilder pdf;
+    OnePage(pdf);
+    const std::uint32_t at = pdf.Offset();
+    pdf.Object(5, "<< /Type /XRef /Root 1 0 R" + std::string(entries) + " /Length " +
+                      std::to_string(rows.size()) + " >>\nstream\n" + std::string(rows) + "\nendstream");
+    pdf.StartXref(at);
+    return pdf.Bytes();
+}
+
+// The rows of W [1 4 2] for objects 0 to 5 of a OnePage document whose stream 5 starts at `at`.
+std::string Rows(const PdfBuilder& pdf, std::uint32_t at) {
+    std::string rows;
+    auto row = [&rows](int type, std::uint32_t f2, std::uint16_t f3) {
+        rows += static_cast<char>(type);
+        for (int i = 3; i >= 0; --i) rows += static_cast<char>((f2 >> (8 * i)) & 0xFF);
+        rows += static_cast<char>(f3 >> 8);
+        rows += static_cast<char>(f3 & 0xFF);
+    };
+    row(0, 0, 65535);
+    for (std::uint32_t n = 1; n <= 4; ++n) row(1, pdf.OffsetOf(n), 0);
+    row(1, at, 0);
+    return rows;
+}
+
+// A classic one-page document whose trailer or startxref says something odd: `trailer` goes
+// into the trailer, `startxref` replaces the table's offset when given.
+std::string ClassicWith(std::string_view trailer, std::optional<std::string> startxref = std::nullopt) {
+    PdfBuilder pdf;
+    OnePage(pdf);
+    const std::uint32_t at = pdf.Table(" /Size 5 /Root 1 0 R" + std::string(trailer));
+    if (startxref)
+        pdf.Raw("startxref\n" + *startxref + "\n%%EOF\n");
+    else
+        pdf.StartXref(at);
+    return pdf.Bytes();
+}
+
+// A classic table typed by hand after the one-page document's objects.
+std::string HandTable(const std::function<std::string(const PdfBuilder&)>& table) {
+    PdfBuilder pdf;
+    OnePage(pdf);
+    const std::uint32_t at = pdf.Offset();
+    pdf.Raw(table(pdf));
+    pdf.StartXref(at);
+    return pdf.Bytes();
+}
+
+std::string Line(std::uint32_t offset) {
+    char line[24];
+    std::snprintf(line, sizeof line, "%010u 00000 n\r\n", offset);
+    return line;
+}
+
+// A document with one image of every filter, `filter` given in full ("/Filter /DCTDecode ...").
+std::string GarbageImage(const std::string& filter, std::uint32_t seed,
+                         const std::vector<std::pair<std::uint32_t, std::string>>& more = {}) {
+    return ImageDocument("/Width 32 /Height 32 /ColorSpace /DeviceGray /BitsPerComponent 8 " + filter,
+                         Garbage(4096, seed), more);
+}
+
+std::vector<Hostile> Cases() {
+    const std::string deepArray = Repeat("[", 100000) + Repeat("]", 100000);
+    const std::string deepDict = Repeat("<< /A ", 100000) + Repeat(">> ", 100000);
+    std::vector<Hostile> cases = {
+        // Prev chains of every shape.
+        {"prev_self", [] { return Sections({0}); }, 1},
+        {"prev_a_b_a",
+         [] {
+             return Sections({1, 0});
+         },
+         1},
+        {"prev_a_b_c_b",
+         [] {
+             return Sections({1, 0, 1});
+         },
+         1},
+        {"prev_loop_fixture", [] { return Fixture("prev-loop.pdf"); }, 1},
+        {"xref_stream_prev_self", [] { return Fixture("xrefstream-prev-self.pdf"); }, 1},
+        {"xrefstm_and_prev_name_their_own_table",
+         [] {
+             PdfBuilder pdf;
+             OnePage(pdf);
+             const std::string at = std::to_string(pdf.Offset());
+             pdf.StartXref(pdf.Table(" /Size 5 /Root 1 0 R /XRefStm " + at + " /Prev " + at));
+             return pdf.Bytes();
+         },
+         1},
+        {"xref_stream_prev_to_classic_and_back",
+         [] {
+             PdfBuilder pdf;
+             OnePage(pdf);
+             const std::uint32_t classic = pdf.Offset();
+             pdf.Raw("xref\n0 1\n0000000000 65535 f\r\ntrailer\n<< /Size 6 /Root 1 0 R /Prev ");
+             const std::size_t slot = pdf.Slot();
+             pdf.Raw(" >>\n");
+             const std::uint32_t stream = pdf.Offset();
+             pdf.Object(5, RawStream(" /Type /XRef /Size 6 /Root 1 0 R /W [1 4 2] /Prev " +
+                                         std::to_string(classic) + " /Length 42",
+                                     Rows(pdf, stream)));
+             pdf.Fill(slot, stream);
+             pdf.StartXref(stream);
+             return pdf.Bytes();
+         },
+         1},
+        // Nesting.
+        {"deep_array_100000",
+         [=] {
+             return Document({{5, deepArray}});
+         },
+         1},
+        {"deep_dictionary_100000",
+         [=] {
+             return Document({{5, deepDict}});
+         },
+         1},
+        {"deep_array_in_contents", [=] { return Document({}, "", deepArray + " Tj"); }, 1, Run::Contents},
+        {"deep_dictionary_in_inline_image",
+         [=] { return Document({}, "", "BI /W 1 /H 1 /D " + deepDict + " ID x EI"); }, 1, Run::Contents},
+        // Page tree.
+        {"kids_cycle", [] { return Fixture("tree-kids-cycle.pdf"); }, 1},
+        {"kids_name_their_own_node",
+         [] {
+             PdfBuilder pdf;
+             pdf.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
+             pdf.Object(2, "<< /Type /Pages /Kids [2 0 R 3 0 R] /Count 1 >>");
+             pdf.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] >>");
+             pdf.StartXref(pdf.Table(" /Size 4 /Root 1 0 R"));
+             return pdf.Bytes();
+         },
+         1},
+        {"page_listed_100000_times",
+         [] {
+             PdfBuilder pdf;
+             pdf.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
+             pdf.Object(2, "<< /Type /Pages /Kids [" + Repeat("3 0 R ", 100000) + "] /Count 100000 >>");
+             pdf.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] >>");
+             pdf.StartXref(pdf.Table(" /Size 4 /Root 1 0 R"));
+             return pdf.Bytes();
+         },
+         1},
+        {"shared_subtrees", [] { return Fixture("tree-shared-subtrees.pdf"); }, 1},
+        // Outlines, actions, forms and resources that loop.
+        {"outline_next_loop", [] { return Fixture("outline-next-loop.pdf"); }, 1},
+        {"outline_first_is_root", [] { return Fixture("outline-first-is-root.pdf"); }, 1},
+        {"action_next_loop", [] { return Fixture("action-next-loop.pdf"); }, 1},
+        {"action_next_array_loop", [] { return Fixture("action-next-array-loop.pdf"); }, 1},
+        {"form_draws_itself", [] { return Fixture("xobject-form-draws-itself.pdf"); }, 1},
+        {"resources_contain_themselves", [] { return Fixture("res-contains-itself.pdf"); }, 1},
+        {"resources_cycle_through_form", [] { return Fixture("res-cycle-through-form.pdf"); }, 1},
+        // Huge values.
+        {"image_length_2147483647",
+         [] {
+             return RawImageDocument(
+                 " /Width 8 /Height 8 /ColorSpace /DeviceGray /BitsPerComponent 8 /Length 2147483647",
+                 Garbage(64, 9));
+         },
+         1},
+        {"image_length_4294967295",
+         [] {
+             return RawImageDocument(
+                 " /Width 8 /Height 8 /ColorSpace /DeviceGray /BitsPerComponent 8 /Length 4294967295",
+                 Garbage(64, 10));
+         },
+         1},
+        {"contents_length_negative", [] { return ContentsWithLength("-5"); }, 1, Run::Contents},
+        {"contents_length_2147483648", [] { return ContentsWithLength("2147483648"); }, 1, Run::Contents},
+        {"xref_stream_w_2147483647",
+         [] { return XrefStreamWith(" /Size 6 /W [1 2147483647 1]", Garbage(64, 1)); }, 1},
+        {"xref_stream_w_4294967295",
+         [] { return XrefStreamWith(" /Size 6 /W [4294967295 4 2]", Garbage(64, 2)); }, 1},
+        {"xref_stream_size_2147483647",
+         [] { return XrefStreamWith(" /W [1 4 2] /Size 2147483647", Garbage(42, 3)); }, 1},
+        {"xref_stream_index_0_2147483647",
+         [] { return XrefStreamWith(" /Size 6 /W [1 4 2] /Index [0 2147483647]", Garbage(42, 4)); }, 1},
+        {"xref_stream_index_at_top",
+         [] {
+             return XrefStreamWith(" /Size 6 /W [1 4 2] /Index [4294967294 2 2147483647 2147483647]",
+                                   Garbage(42, 5));
+         },
+         1},
+        {"xref_stream_columns_2147483647",
+         [] {
+             return XrefStreamWith(
+                 " /Size 6 /W [1 4 2] /Filter /FlateDecode /DecodeParms << /Predictor 12 /Columns 2147483647 "
+                 ">>",
+                 Deflated(Garbage(700, 6)));
+         },
+         1},
+        {"classic_size_2147483647", [] { return ClassicWith(" /Size 2147483647"); }, 1},
+        {"classic_subsection_count_2147483648",
+         [] {
+             return HandTable([](const PdfBuilder&) {
+                 return "xref\n0 2147483648\n0000000000 65535 f\r\ntrailer\n<< /Size 5 /Root 1 0 R >>\n";
+             });
+         },
+         1},
+        {"object_stream_n_2147483647", [] { return ObjectStreamDocument(" /N 2147483647 /First 6"); }, 1},
+        {"object_stream_first_2147483647", [] { return ObjectStreamDocument(" /N 1 /First 2147483647"); }, 1},
+        {"object_stream_index_65535", [] { return ObjectStreamDocument(" /N 1 /First 6", 65535); }, 1},
+        {"image_width_height_2147483647",
+         [] {
+             return ImageDocument(
+                 "/Width 2147483647 /Height 2147483647 /ColorSpace /DeviceRGB /BitsPerComponent 8", "abcd");
+         },
+         1},
+        {"image_width_4294967295",
+         [] {
+             return ImageDocument("/Width 4294967295 /Height 1 /ColorSpace /DeviceGray /BitsPerComponent 8",
+                                  "abcd");
+         },
+         1},
+        {"image_bits_per_component_2147483647",
+         [] {
+             return ImageDocument("/Width 16 /Height 16 /ColorSpace /DeviceRGB /BitsPerComponent 2147483647",
+                                  "abcd");
+         },
+         1},
+        {"image_columns_2147483647",
+         [] {
+             return ImageDocument(
+                 "/Width 16 /Height 16 /ColorSpace /DeviceRGB /BitsPerComponent 8 /Filter /FlateDecode "
+                 "/DecodeParms << /Predictor 15 /Columns 2147483647 /Colors 3 >>",
+                 Deflated(Garbage(3000, 7)));
+         },
+         1},
+        // Offsets that are negative or lie outside the file; claims of 2^31 bytes in a small file.
+        {"startxref_negative", [] { return ClassicWith("", "-1"); }, 1},
+        {"startxref_beyond_32_bits", [] { return ClassicWith("", "4294967296"); }, 2},
+        {"startxref_beyond_eof", [] { return Fixture("startxref-beyond-eof.pdf"); }, 1},
+        {"prev_negative", [] { return ClassicWith(" /Prev -100"); }, 1},
+        {"prev_beyond_eof", [] { return ClassicWith(" /Prev 99999999999"); }, 1},
+        {"xrefstm_negative", [] { return ClassicWith(" /XRefStm -5"); }, 1},
+        {"entry_offsets_outside_the_file",
+         [] {
+             return HandTable([](const PdfBuilder& pdf) {
+                 return "xref\n0 6\n0000000000 65535 f\r\n" + Line(pdf.OffsetOf(1)) + Line(pdf.OffsetOf(2)) +
+                        Line(pdf.OffsetOf(3)) + Line(4294967295u) + "-000000001 00000 n\r\n" +
+                        "trailer\n<< /Size 6 /Root 1 0 R >>\n";
+             });
+         },
+         1},
+        {"object_offset_beyond_eof", [] { return Fixture("object-offset-beyond-eof.pdf"); }, 1},
+        {"image_claims_2147483648_bytes",
+         [] {
+             return RawImageDocument(
+                 " /Width 65536 /Height 32768 /ColorSpace /DeviceGray /BitsPerComponent 8 "
+                 "/Filter /FlateDecode /Length 2147483648 /DL 2147483648",
+                 Deflated(Garbage(1000, 8)));
+         },
+         1},
+        {"object_stream_claims_2147483648_bytes",
+         [] { return ObjectStreamDocument(" /N 2147483648 /First 2147483648 /DL 2147483648"); }, 1},
+        {"xref_count_beyond_data", [] { return Fixture("xref-count-beyond-data.pdf"); }, 1},
+        {"image_2_to_the_30_pixels_square", [] { return Fixture("img-huge.pdf"); }, 1},
+        // References that lead through 100,000 objects.
+        {"info_reference_chain_100000",
+         [] { return Document(ReferenceChain(100000, "<< /Title (end) >>"), "", "", " /Info 5 0 R"); }, 1},
+        {"pages_reference_chain_100000",
+         [] {
+             PdfBuilder pdf;
+             pdf.Object(1, "<< /Type /Catalog /Pages 5 0 R >>");
+             pdf.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
+             pdf.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox 100004 0 R >>");
+             for (const auto& [num, body] : ReferenceChain(100000, "2 0 R")) pdf.Object(num, body);
+             pdf.Object(100005, "[0 0 612 792]");
+             pdf.StartXref(pdf.Table(" /Size 100006 /Root 1 0 R"));
+             return pdf.Bytes();
+         },
+         1},
+        // Decoders: a table that is never cleared, and garbage behind every image filter.
+        {"lzw_without_clear_codes",
+         [] {
+             return ImageDocument(
+                 "/Width 64 /Height 64 /ColorSpace /DeviceGray /BitsPerComponent 8 /Filter /LZWDecode",
+                 LzwWithoutClearCodes(40000));
+         },
+         1},
+        {"garbage_dct", [] { return GarbageImage("/Filter /DCTDecode", 11); }, 1},
+        {"garbage_jpx", [] { return GarbageImage("/Filter /JPXDecode", 12); }, 1},
+        {"garbage_jbig2",
+         [] {
+             return GarbageImage("/Filter /JBIG2Decode /DecodeParms << /JBIG2Globals 6 0 R >>", 13,
+                                 {{6, RawStream(" /Length 64", Garbage(64, 14))}});
+         },
+         1},
+        {"garbage_ccitt_g4",
+         [] { return GarbageImage("/Filter /CCITTFaxDecode /DecodeParms << /K -1 /Columns 32 >>", 15); }, 1},
+        {"garbage_ccitt_g3",
+         [] { return GarbageImage("/Filter /CCITTFaxDecode /DecodeParms << /K 0 /Columns 32 >>", 16); }, 1},
+        {"garbage_flate", [] { return GarbageImage("/Filter /FlateDecode", 17); }, 1},
+        {"garbage_flate_png_predictor",
+         [] { return GarbageImage("/Filter /FlateDecode /DecodeParms << /Predictor 15 /Columns 32 >>", 18); },
+         1},
+        {"garbage_lzw", [] { return GarbageImage("/Filter /LZWDecode", 19); }, 1},
+        {"garbage_ascii85", [] { return GarbageImage("/Filter /ASCII85Decode", 20); }, 1},
+        {"garbage_asciihex", [] { return GarbageImage("/Filter /ASCIIHexDecode", 21); }, 1},
+        {"garbage_run_length", [] { return GarbageImage("/Filter /RunLengthDecode", 22); }, 1},
+        {"garbage_flate_then_dct", [] { return GarbageImage("/Filter [/FlateDecode /DCTDecode]", 23); }, 1},
+        {"dct_truncated", [] { return Fixture("img-dct-truncated.pdf"); }, 1},
+        // Encryption dictionaries that lack what the keys are made from.
+        {"encryption_id_missing", [] { return Fixture("enc-id-missing.pdf"); }, 1},
+        {"encryption_id_short", [] { return Fixture("enc-id-short.pdf"); }, 1},
+        {"encryption_id_empty", [] { return Fixture("enc-id-empty.pdf"); }, 1},
+        {"encryption_o_short", [] { return Fixture("enc-o-short.pdf"); }, 2},
+        {"encryption_u_short", [] { return Fixture("enc-u-short.pdf"); }, 2},
+        {"encryption_oe_short", [] { return Fixture("enc-oe-short.pdf"); }, 1},
+        {"encryption_ue_short", [] { return Fixture("enc-ue-short.pdf"); }, 1},
+        {"encryption_perms_short", [] { return Fixture("enc-perms-short.pdf"); }, 1},
+        {"encryption_aes256_perms_missing", [] { return Patched("enc-aes-256.pdf", "/Perms <", "/Xerms <"); },
+         1},
+        {"encryption_aes256_u_missing", [] { return Patched("enc-aes-256.pdf", "/U <", "/X <"); }, 2},
+        {"encryption_aes256_o_missing", [] { return Patched("enc-aes-256.pdf", "/O <", "/X <"); }, 1},
+        {"encryption_aes256_id_missing", [] { return Patched("enc-aes-256.pdf", "/ID [", "/XD ["); }, 1},
+        {"encryption_rc4_o_missing", [] { return Patched("enc-rc4-40.pdf", "/O <", "/X <"); }, 2},
+        {"encryption_rc4_u_missing", [] { return Patched("enc-rc4-40.pdf", "/U <", "/X <"); }, 2},
+    };
+    return cases;
+}
+
+void PrintTo(const Hostile& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class HostileFile : public ::testing::TestWithParam<Hostile> {};
+
+TEST_P(HostileFile, EndsInTimeWithinMemoryWithMessagesAndTheContractsStatus) {
+    const Hostile& c = GetParam();
+    ScratchFolder folder("hostile-" + c.name, std::getenv("VANTREL_HOSTILE_DIR"));
+    const fs::path pdf = folder.Path() / (c.name + ".pdf");
+    std::ofstream(pdf, std::ios::binary) << c.make();
+    fs::create_directories(folder.Path() / "images");
+
+    std::vector<std::string> args;
+    if (c.run == Run::Contents)
+        args = {"--contents", "1", pdf.string()};
+    else
+        args = {"--json", "--export-images", (folder.Path() / "images").string(), pdf.string()};
+    const CliLimits limits = DefaultCliLimits();
+    const CliOutcome o = RunCli(args, folder.Path(), limits);
+
+    EXPECT_EQ(o.killedFor, "") << "stopped for using too much " << o.killedFor;
+    EXPECT_EQ(o.signal, 0) << o.err.substr(0, 4000);
+    EXPECT_FALSE(o.SanitizerReported()) << o.err.substr(0, 4000);
+    EXPECT_LT(o.seconds, limits.seconds);
+    EXPECT_LT(o.peakMegabytes, limits.megabytes);
+    EXPECT_EQ(o.exitStatus, c.exitStatus) << o.err.substr(0, 2000);
+    if (c.run == Run::Report)
+        EXPECT_GE(o.MessageCount(), 1);
+    else
+        EXPECT_FALSE(o.err.empty()) << "no message on standard error";
+    RecordProperty("seconds", std::to_string(o.seconds));
+    RecordProperty("peak_mb", std::to_string(o.peakMegabytes));
+}
+
+INSTANTIATE_TEST_SUITE_P(, HostileFile, ::testing::ValuesIn(Cases()),
+                         [](const ::testing::TestParamInfo<Hostile>& p) { return p.param.name; });
+
+}  // namespace
