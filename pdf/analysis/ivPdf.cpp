@@ -8,6 +8,7 @@
 #include "pdf/analysis/pdfLinearization.h"
 #include "pdf/analysis/pdfObjectAnalysis.h"
 #include "pdf/decode/ivDecrypt.h"
+#include "pdf/object/pdfObjStmPrefetch.h"
 #include "pdf/object/pdfDiagnostics.h"
 #include "pdf/object/pdfObjectAccess.h"
 #include "pdf/object/pdfRoleCodes.h"
@@ -36,6 +37,7 @@ ivStatus ivPdf::Open() {
         std::string shortName = std::filesystem::path(m_fileName).filename().string();
         if (st = SetUpEncryption(*this, m_prompt, shortName); Failed(st)) return st;
         ComputeLengths(*this);
+        StartPrefetch();  // the page tree already reads from most object streams
         ReadCatalogAndPages();
         return kOk;
     } catch (const std::bad_alloc&) {
@@ -74,10 +76,31 @@ void ivPdf::ReadCatalogAndPages() {
     ResolvePageAttributes(*this);
 }
 
+void ivPdf::StartPrefetch() {
+    // Encrypted streams and documents held in memory are read by the ordinary path alone.
+    if (HasSecurityHandler() || m_fileName.empty() || !std::filesystem::is_regular_file(m_fileName)) return;
+    // The object streams in the order the analysis below first needs them.
+    std::vector<pdfObjStmPrefetch::Request> order;
+    std::unordered_set<std::uint32_t> seen;
+    std::uint32_t last = 0;  // objects of one stream mostly come together
+    for (const auto& section : Sections())
+        section->ForEachEntry([&](XrefEntry* entry) {
+            if (!entry->Compressed() || entry->loaded || entry->objStm == last) return;
+            last = entry->objStm;
+            if (!seen.insert(entry->objStm).second) return;
+            const XrefEntry* stream = LookupEntry({entry->objStm, 0});
+            if (stream && !stream->Compressed() && stream->offset < FileSize())
+                order.push_back({entry->objStm, stream->offset});
+        });
+    if (order.size() < 2) return;  // nothing to overlap
+    SetPrefetch(std::make_unique<pdfObjStmPrefetch>(m_fileName, std::move(order), ParsedLimit()));
+}
+
 ivStatus ivPdf::Analyse() {
     try {
         for (const auto& section : Sections())
             section->ForEachEntry([&](XrefEntry* entry) { AnalyseEntry(*section, entry); });
+        SetPrefetch(nullptr);
         IndexReferrers();
         ReleaseObjStmData();  // every object is loaded now
         CheckLinearization(*this);

@@ -60,6 +60,7 @@ private:
     void ReadCatalogAndPages();
     void AnalyseEntry(const XrefSection& section, XrefEntry* entry);
     void RecordReferences(XrefEntry* entry, const pdfObject* object);
+    void StartPrefetch();
     void IndexReferrers();
 
     std::string m_fileName;

@@ -33,7 +33,7 @@ private:
     ivPdf& m_doc;
     std::unordered_set<const pdfObject*> m_treeNodes;
     std::unordered_set<const pdfObject*> m_cutOff;  // nodes reported as listed too many times
-    std::unordered_set<const pdfObject*> m_pages;   // page objects met so far
+    std::unordered_set<const pdfObject*> m_pages;   // pages met that have no page role to tell
     std::unordered_set<const pdfObject*> m_reportedRepeats;
     std::set<ObjId> m_unreadable;                    // kids whose object could not be read
     int m_revisiting = 0;
@@ -64,13 +64,16 @@ ivStatus PageTreeWalker::Walk(const pdfObject* value, pdfTree* parent) {
     const pdfObject* type = DictGet(value, "Type");
     if (!AsTextValued(type)) return kOk;  // silently skipped
     if (TextEquals(type, "Page")) {
-        SetRole(m_doc, value, entry, kRolePage);
+        const ivStatus role = SetRole(m_doc, value, entry, kRolePage);
         if (!parent) {
             Report(m_doc, "Page is not expected here");
             return kOk;
         }
         // Still listed as often as it appears, but said once: a page has one place in the tree.
-        if (!m_pages.insert(value).second && m_reportedRepeats.insert(value).second)
+        // A page object that already had the page role was met before; only pages without an
+        // entry of their own (or with another role) need the set.
+        const bool repeated = role == kRemark || (role != kOk && !m_pages.insert(value).second);
+        if (repeated && m_reportedRepeats.insert(value).second)
             Report(m_doc, "Page %d %d R is listed more than once in the page tree", static_cast<int>(id.num), id.gen);
         auto* page = static_cast<pdfPage*>(parent->Add(std::make_unique<pdfPage>(value, id, parent)));
         m_doc.AddPage(page);

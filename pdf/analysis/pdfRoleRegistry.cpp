@@ -1,5 +1,7 @@
 #include "pdf/analysis/pdfRoleRegistry.h"
 
+#include <algorithm>
+#include <array>
 #include <unordered_set>
 
 #include "pdf/analysis/ivPdf.h"
@@ -12,6 +14,31 @@ namespace {
 
 // One MarkRole call: the containers walked so far, so a value that holds itself through a
 // reference is walked once.
+// The containers one marking has walked. Nearly every marking meets a handful, so they are
+// looked up in a short list first; only a long walk pays for a hash set.
+class WalkedContainers {
+public:
+    // True when `container` was not walked before.
+    bool Insert(const pdfObject* container) {
+        if (m_many.empty()) {
+            const auto end = m_few.begin() + static_cast<std::ptrdiff_t>(m_count);
+            if (std::find(m_few.begin(), end, container) != end) return false;
+            if (m_count < kFew) {
+                m_few[m_count++] = container;
+                return true;
+            }
+            m_many.insert(m_few.begin(), m_few.end());
+        }
+        return m_many.insert(container).second;
+    }
+
+private:
+    static constexpr std::size_t kFew = 16;
+    std::array<const pdfObject*, kFew> m_few{};
+    std::size_t m_count = 0;
+    std::unordered_set<const pdfObject*> m_many;
+};
+
 class RoleMarker {
 public:
     RoleMarker(ivPdf& doc, std::uint8_t role) : m_doc(doc), m_role(role) {}
@@ -23,7 +50,7 @@ private:
 
     ivPdf& m_doc;
     std::uint8_t m_role;
-    std::unordered_set<const pdfObject*> m_walked;
+    WalkedContainers m_walked;
 };
 
 ivStatus RoleMarker::Mark(const pdfObject* value, unsigned flags) {
@@ -64,7 +91,7 @@ ivStatus RoleMarker::Mark(const pdfObject* value, unsigned flags) {
 }
 
 ivStatus RoleMarker::MarkChildren(const pdfObject* container, unsigned flags) {
-    if (!m_walked.insert(container).second) return kOk;
+    if (!m_walked.Insert(container)) return kOk;
     AnalysisDepth depth(m_doc);
     if (!depth.Ok()) return kFail;
     const unsigned childFlags = flags & ~(kMarkDirectAccepted | kMarkTakenDirect);

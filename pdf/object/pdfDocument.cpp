@@ -1,5 +1,7 @@
 #include "pdf/object/pdfDocument.h"
 
+#include "pdf/object/pdfObjStmPrefetch.h"
+
 #include <algorithm>
 
 #include "pdf/decode/ivDecrypt.h"
@@ -125,6 +127,10 @@ XrefEntry* pdfDocument::EntryOfRecord(const pdfObject* record) const {
         if (std::uint32_t owner = ReadOwner(record); owner && owner - 1 < m_allEntries.size())
             return m_allEntries[owner - 1];
     return m_loaded.Find(record);
+}
+
+void pdfDocument::SetPrefetch(std::unique_ptr<pdfObjStmPrefetch> prefetch) {
+    m_prefetch = std::move(prefetch);
 }
 
 void pdfDocument::ReleaseObjStmData() {

@@ -40,6 +40,8 @@ struct ObjStmIndex {
 
 // Everything the object layer knows about one file: the byte source, the arena that owns
 // every record, the cross-reference sections and the bookkeeping of loaded objects.
+class pdfObjStmPrefetch;
+
 class pdfDocument {
 public:
     pdfDocument(ivRef<ivStream> file, ivIOControl* control);
@@ -74,6 +76,9 @@ public:
     XrefEntry* LookupEntry(ObjId id) const;
 
     void NoteLoaded(XrefEntry* entry);  // entry now holds its (possibly null) record
+    // Object streams inflated ahead on a second thread while the objects are read in order.
+    pdfObjStmPrefetch* Prefetch() const { return m_prefetch.get(); }
+    void SetPrefetch(std::unique_ptr<pdfObjStmPrefetch> prefetch);
     XrefEntry* EntryOfRecord(const pdfObject* record) const;
 
     // Loads in progress, so that a load that needs the object it is reading can stop.
@@ -131,4 +136,5 @@ private:
     std::uint16_t m_versionMajor = 0, m_versionMinor = 0;
     int m_loadDepth = 0;
     std::unique_ptr<ivDecrypt> m_security;
+    std::unique_ptr<pdfObjStmPrefetch> m_prefetch;
 };

@@ -1,12 +1,15 @@
 #include "pdf/object/pdfObjectAccess.h"
 
 #include <algorithm>
+#include <cstring>
+#include <optional>
 
 #include "pdf/decode/ivDecrypt.h"
 #include "pdf/decode/pdfFilterChain.h"
 #include "pdf/object/pdfAccessors.h"
 #include "pdf/object/pdfDiagnostics.h"
 #include "pdf/object/pdfDocument.h"
+#include "pdf/object/pdfObjStmPrefetch.h"
 #include "pdf/object/pdfObjectParser.h"
 #include "pdf/object/pdfParser.h"
 #include "platform/ivMemStream.h"
@@ -197,8 +200,42 @@ bool ReadObjStmHeader(pdfDocument& doc, ObjStmIndex& index) {
     return true;
 }
 
+// Whether the ordinary path would decode `stream` exactly as the prefetcher did: no security
+// handler, the data where the prefetcher found it, a direct Length of the same value and the
+// one filter FlateDecode, with nothing else that the filter chain would look at.
+bool DecodedAsPrefetched(const pdfDocument& doc, const pdfStream* stream, const pdfObjStmPrefetch::Result& r) {
+    const pdfDict* d = AsDict(stream->dict);
+    if (doc.Security() || !d || stream->dataPos != r.dataPos) return false;
+    int filters = 0, lengths = 0;
+    for (const pdfPair& p : d->Entries()) {
+        const pdfBytes* key = AsName(p.key);
+        if (!key) continue;
+        const char* k = key->Chars();
+        if (std::strcmp(k, "DecodeParms") == 0 || std::strcmp(k, "DL") == 0) return false;
+        if (std::strcmp(k, "Filter") == 0) {
+            if (!p.value || p.value->tag != kTagName || !TextEquals(p.value, "FlateDecode")) return false;
+            ++filters;
+        } else if (std::strcmp(k, "Length") == 0) {
+            if (!p.value || p.value->tag != kTagInt) return false;
+            if (static_cast<const pdfInt*>(p.value)->value != static_cast<std::int64_t>(r.length)) return false;
+            ++lengths;
+        }
+    }
+    return filters == 1 && lengths == 1;
+}
+
 // The decoded data of an object stream, kept on its index while objects are read from it.
 bool DecodeObjStmData(pdfDocument& doc, pdfStream* stream, ObjStmIndex& index) {
+    if (pdfObjStmPrefetch* prefetch = doc.Prefetch(); prefetch && stream->entry) {
+        std::optional<pdfObjStmPrefetch::Result> r = prefetch->Take(stream->entry->num);
+        if (r && DecodedAsPrefetched(doc, stream, *r)) {
+            auto data = ivMemStream::Create();
+            data->Data() = std::move(r->bytes);
+            index.data = data;
+            doc.NoteObjStmData(&index);
+            return true;
+        }
+    }
     pdfDecodedStream decoded;
     if (Failed(OpenDecodedStream(doc, stream, nullptr, decoded))) return false;
     auto data = ivMemStream::Create();
