@@ -99,15 +99,25 @@ ivStatus ivFileStream::ReadDirect(void* buffer, std::uint32_t count, std::uint32
 }
 #endif
 
-bool ivFileStream::LoadBlock(std::uint64_t start) {
-    if (!m_block) m_block = std::make_unique<std::uint8_t[]>(kBlockSize);
-    std::uint64_t saved = m_pos;
+const ivFileStream::Block* ivFileStream::BlockAt(std::uint64_t pos) {
+    const std::uint64_t start = pos & ~std::uint64_t(kBlockSize - 1);
+    Block* oldest = &m_blocks[0];
+    for (Block& b : m_blocks) {
+        if (b.bytes && b.start == start && pos < b.start + b.length) {
+            b.lastUse = ++m_uses;
+            return &b;
+        }
+        if (b.lastUse < oldest->lastUse) oldest = &b;
+    }
+    if (!oldest->bytes) oldest->bytes = std::make_unique<std::uint8_t[]>(kBlockSize);
+    const std::uint64_t saved = m_pos;
     m_pos = start;
-    m_blockLength = 0;
-    ivStatus st = ReadDirect(m_block.get(), kBlockSize, &m_blockLength);
+    oldest->length = 0;
+    const ivStatus st = ReadDirect(oldest->bytes.get(), kBlockSize, &oldest->length);
     m_pos = saved;
-    m_blockStart = start;
-    return Succeeded(st) && m_blockLength > 0;
+    oldest->start = start;
+    oldest->lastUse = ++m_uses;
+    return Succeeded(st) && pos < start + oldest->length ? oldest : nullptr;
 }
 
 ivStatus ivFileStream::Read(void* buffer, std::uint32_t count, std::uint32_t* read) {
@@ -117,15 +127,16 @@ ivStatus ivFileStream::Read(void* buffer, std::uint32_t count, std::uint32_t* re
     auto* out = static_cast<std::uint8_t*>(buffer);
     std::uint32_t total = 0;
     while (total < count && m_pos < m_size) {
-        if (m_pos < m_blockStart || m_pos >= m_blockStart + m_blockLength) {
-            if (!LoadBlock(m_pos & ~std::uint64_t(kBlockSize - 1))) {
+        if (!m_current || m_pos < m_current->start || m_pos >= m_current->start + m_current->length) {
+            m_current = BlockAt(m_pos);
+            if (!m_current) {
                 if (total == 0) return m_error.empty() ? kRemark : kFail;
                 break;
             }
         }
         auto n = static_cast<std::uint32_t>(
-            std::min<std::uint64_t>(count - total, m_blockStart + m_blockLength - m_pos));
-        std::memcpy(out + total, m_block.get() + (m_pos - m_blockStart), n);
+            std::min<std::uint64_t>(count - total, m_current->start + m_current->length - m_pos));
+        std::memcpy(out + total, m_current->bytes.get() + (m_pos - m_current->start), n);
         total += n;
         m_pos += n;
     }

@@ -24,17 +24,29 @@ public:
 
 private:
     ivFileStream() = default;
+    // One aligned block of the file as last read.
+    struct Block {
+        std::unique_ptr<std::uint8_t[]> bytes;
+        std::uint64_t start = 0;
+        std::uint32_t length = 0;
+        std::uint64_t lastUse = 0;
+    };
+
     ivStatus ReadDirect(void* buffer, std::uint32_t count, std::uint32_t* read);
-    bool LoadBlock(std::uint64_t start);
+    // The block that holds m_pos, read if none does; null when nothing can be read there.
+    const Block* BlockAt(std::uint64_t pos);
 
     struct Handle;
     Handle* m_handle = nullptr;
-    // Small reads (one object at a time) are served from one aligned block, so the file is
-    // asked once per block rather than once per object.
+    // Small reads (one object at a time) are served from a few aligned blocks, so the file is
+    // asked once per block rather than once per object, and reads that go back and forth
+    // between two places (an object and the objects it refers to, a read across a block
+    // boundary) find both still there.
     static constexpr std::uint32_t kBlockSize = 64 * 1024;
-    std::unique_ptr<std::uint8_t[]> m_block;
-    std::uint64_t m_blockStart = 0;
-    std::uint32_t m_blockLength = 0;
+    static constexpr std::size_t kBlocks = 8;
+    Block m_blocks[kBlocks];
+    const Block* m_current = nullptr;
+    std::uint64_t m_uses = 0;
     std::uint64_t m_size = 0;
     std::uint64_t m_pos = 0;
     std::string m_error;
