@@ -130,14 +130,18 @@ void ivPdf::RecordReferences(XrefEntry* entry, const pdfObject* object) {
     // Every reference inside the object, each target once; containers are walked with a stack
     // since parsed nesting may be deep. The buffers are reused from one object to the next.
     std::vector<const pdfObject*>& pending = m_scratchPending;
-    std::vector<XrefEntry*>& targets = m_scratchTargets;
+    std::vector<std::uint32_t>& targets = m_scratchTargets;
     pending.assign(1, object);
     targets.clear();
     while (!pending.empty()) {
         const pdfObject* o = pending.back();
         pending.pop_back();
         if (const pdfRef* ref = AsRef(o)) {
-            if (XrefEntry* target = FindEntry(*this, ref->Id())) targets.push_back(target);
+            std::uint32_t ordinal = 0;
+            if (OrdinalOf(ref->Id(), ordinal))
+                targets.push_back(ordinal);
+            else if (XrefEntry* target = FindEntry(*this, ref->Id()))
+                targets.push_back(target->ordinal);
         } else if (const pdfStream* s = AsStream(o)) {
             if (s->dict) pending.push_back(s->dict);
         } else if (const pdfArray* a = AsArray(o)) {
@@ -148,7 +152,7 @@ void ivPdf::RecordReferences(XrefEntry* entry, const pdfObject* object) {
     }
     std::sort(targets.begin(), targets.end());
     targets.erase(std::unique(targets.begin(), targets.end()), targets.end());
-    for (XrefEntry* target : targets) m_references.emplace_back(target->ordinal, entry->ordinal);
+    for (std::uint32_t target : targets) m_references.emplace_back(target, entry->ordinal);
 }
 
 void ivPdf::IndexReferrers() {

@@ -78,7 +78,7 @@ private:
     std::vector<std::uint32_t> m_referrers;
     std::vector<std::uint32_t> m_referrerStart;
     std::vector<const pdfObject*> m_scratchPending;
-    std::vector<XrefEntry*> m_scratchTargets;
+    std::vector<std::uint32_t> m_scratchTargets;  // ordinals
     std::unordered_map<const pdfObject*, std::shared_ptr<const std::vector<pdfObject*>>> m_contents;
 };
 

@@ -44,13 +44,29 @@ void pdfDocument::FinishSections() {
                   m_index.end());
     // Object numbers are usually dense: then a table by number answers most lookups at once.
     m_byNumber.clear();
+    m_byNumberKeys.clear();
     std::uint32_t highest = m_index.empty() ? 0 : m_index.back()->num;
     if (!m_index.empty() && highest < 2 * m_index.size() + 1024) {
         m_byNumber.assign(std::size_t(highest) + 1, nullptr);
-        for (XrefEntry* e : m_index)
-            if (!m_byNumber[e->num]) m_byNumber[e->num] = e;
+        m_byNumberKeys.assign(std::size_t(highest) + 1, NumberKey{});
+        for (XrefEntry* e : m_index) {
+            if (m_byNumber[e->num]) continue;
+            m_byNumber[e->num] = e;
+            m_byNumberKeys[e->num] = {e->ordinal + 1, e->gen};
+        }
     }
     m_indexed = true;
+}
+
+bool pdfDocument::OrdinalOf(ObjId id, std::uint32_t& ordinal) const {
+    if (!m_indexed || id.num >= m_byNumberKeys.size()) return false;
+    const NumberKey& key = m_byNumberKeys[id.num];
+    if (key.ordinalPlusOne == 0 || key.gen != id.gen) return false;
+    // A placeholder made before the index was built may hide the entry: LookupEntry decides.
+    const XrefSection* newest = NewestSection();
+    if (newest && !newest->missing.empty() && newest->missing.count(id)) return false;
+    ordinal = key.ordinalPlusOne - 1;
+    return true;
 }
 
 XrefEntry* pdfDocument::LookupEntry(ObjId id) const {

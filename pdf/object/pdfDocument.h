@@ -74,6 +74,9 @@ public:
     const std::vector<XrefEntry*>& AllEntries() const { return m_allEntries; }
     // The entry of `id` in the newest section that has it, real or placeholder; null when none has.
     XrefEntry* LookupEntry(ObjId id) const;
+    // The ordinal of the entry LookupEntry gives for `id`, without touching the entry, when the
+    // table by number answers; false when LookupEntry must be asked.
+    bool OrdinalOf(ObjId id, std::uint32_t& ordinal) const;
 
     void NoteLoaded(XrefEntry* entry);  // entry now holds its (possibly null) record
     // Object streams inflated ahead on a second thread while the objects are read in order.
@@ -125,6 +128,13 @@ private:
     std::vector<std::unique_ptr<XrefSection>> m_sections;
     std::vector<XrefEntry*> m_index;     // newest entry per id, sorted; built by FinishSections
     std::vector<XrefEntry*> m_byNumber;  // lowest-generation entry of m_index per number, when dense
+    // The same entries' ordinals (plus one; 0: none) and generations, packed so that a lookup
+    // by number does not have to touch the entry itself.
+    struct NumberKey {
+        std::uint32_t ordinalPlusOne = 0;
+        std::uint16_t gen = 0;
+    };
+    std::vector<NumberKey> m_byNumberKeys;
     bool m_indexed = false;
     std::vector<XrefEntry*> m_allEntries;
     // Records that cannot carry their entry's ordinal themselves (see NoteLoaded).

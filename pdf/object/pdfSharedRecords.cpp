@@ -14,8 +14,21 @@ std::uint64_t Hash(pdfTag tag, std::string_view bytes) {
         h = (h ^ w) * 0xbf58476d1ce4e5b9ull;
         h ^= h >> 31;
     }
+    // The last bytes, read without a call: the last eight (overlapping what was mixed) when
+    // there are eight, else two four-byte reads or single bytes.
     std::uint64_t tail = 0;
-    std::memcpy(&tail, bytes.data() + i, bytes.size() - i);
+    const std::size_t n = bytes.size();
+    const char* p = bytes.data();
+    if (n >= 8 && i < n) {
+        std::memcpy(&tail, p + n - 8, 8);
+    } else if (n >= 4) {
+        std::uint32_t a, b;
+        std::memcpy(&a, p, 4);
+        std::memcpy(&b, p + n - 4, 4);
+        tail = std::uint64_t(a) << 32 | b;
+    } else {
+        for (std::size_t k = 0; k < n; ++k) tail = tail << 8 | static_cast<std::uint8_t>(p[k]);
+    }
     h = (h ^ tail) * 0x94d049bb133111ebull;
     return h ^ (h >> 29);
 }
