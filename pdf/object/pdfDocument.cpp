@@ -37,8 +37,9 @@ void pdfDocument::FinishSections() {
     // Newest sections come first and stable_sort keeps that order among equal ids, so the
     // first of each run is the entry that a newest-first search would find.
     for (const auto& s : m_sections) m_index.insert(m_index.end(), s->entries.begin(), s->entries.end());
-    std::stable_sort(m_index.begin(), m_index.end(),
-                     [](const XrefEntry* a, const XrefEntry* b) { return a->Id() < b->Id(); });
+    // A single section is sorted already.
+    const auto byId = [](const XrefEntry* a, const XrefEntry* b) { return a->Id() < b->Id(); };
+    if (!std::is_sorted(m_index.begin(), m_index.end(), byId)) std::stable_sort(m_index.begin(), m_index.end(), byId);
     m_index.erase(std::unique(m_index.begin(), m_index.end(),
                               [](const XrefEntry* a, const XrefEntry* b) { return a->Id() == b->Id(); }),
                   m_index.end());
