@@ -182,6 +182,15 @@ bool pdfObjStmPrefetch::Inflate(ivStream& file, Job& job) const {
     return true;
 }
 
+void pdfObjStmPrefetch::WaitForWorker() {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] {
+        const bool busy = std::any_of(m_jobs.begin(), m_jobs.end(),
+                                      [](const Job& j) { return j.state == Job::State::kRunning; });
+        return !busy && (m_next >= m_jobs.size() || m_ahead > kAheadBudget);
+    });
+}
+
 std::optional<pdfObjStmPrefetch::Result> pdfObjStmPrefetch::Take(std::uint32_t objStm) {
     const auto found = m_byNumber.find(objStm);
     if (found == m_byNumber.end()) return std::nullopt;

@@ -36,6 +36,8 @@ public:
     // The inflated data of `objStm`, waiting for it while the worker inflates it; empty when
     // the worker has not started it (it is then passed over) or could not inflate it.
     std::optional<Result> Take(std::uint32_t objStm);
+    // Waits until the worker has looked at every stream (or stopped for its budget).
+    void WaitForWorker();
 
 private:
     struct Job {
