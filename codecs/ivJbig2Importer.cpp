@@ -171,10 +171,9 @@ std::string CheckSizes(std::uint8_t type, std::span<const std::uint8_t> segment,
 // isn't there (the globals forgotten, typically), leaving the page blank. `known` has the numbers of the
 // segments seen before (the globals') and receives these. Returns an empty text when the data may go to the
 // decoder.
-std::string CheckSegments(std::span<const std::uint8_t> data, std::set<std::uint32_t>& known) {
+std::string CheckSegments(std::span<const std::uint8_t> data, std::set<std::uint32_t>& known, PageSize& page) {
     std::size_t pos = 0;
     SegmentHeader h;
-    PageSize page;
     while (pos < data.size()) {
         HeaderRead read = ReadSegmentHeader(data.subspan(pos), h);
         if (read == HeaderRead::kDamaged) return "JBIG2 segment header is damaged";
@@ -202,9 +201,20 @@ std::string CheckSegments(std::span<const std::uint8_t> data, std::set<std::uint
 
 // A malloc-based allocator with a ceiling, so hostile data can't make jbig2dec take all the
 // memory there is. Each block starts with its size.
+// Besides what is held at once, the bytes allocated in all are bounded: every bitmap that
+// jbig2dec makes (the page, a region, each symbol) is decoded pixel by pixel, and past the end
+// of its data the arithmetic decoder goes on producing pixels for nothing. So a stream gets
+// its page, a fixed allowance and 16 KiB (131,072 pixels) for each byte of coded data: far
+// more than real data needs, and a bound on the time a few bytes can ask for.
+constexpr std::size_t kWorkAllowance = std::size_t(8) << 20;
+constexpr std::size_t kWorkPerCodedByte = 16 * 1024;
+
 struct CappedAllocator {
     Jbig2Allocator base;  // first, so the pointer jbig2dec hands back converts to this struct
     std::size_t used = 0;
+    std::size_t allocated = 0;  // in all, freed blocks included
+    std::size_t workLimit = 0;
+    bool overWork = false;      // a request was refused for the work limit
 };
 constexpr std::size_t kBlockHeader = alignof(std::max_align_t);
 
@@ -218,9 +228,19 @@ std::size_t BlockSize(void* p) {
     return size;
 }
 
+// Counts `size` more bytes towards the work limit; false when they would pass it.
+bool SpendWork(CappedAllocator& self, std::size_t size) {
+    if (size > self.workLimit - self.allocated) {
+        self.overWork = true;
+        return false;
+    }
+    self.allocated += size;
+    return true;
+}
+
 void* CappedAlloc(Jbig2Allocator* allocator, std::size_t size) {
     CappedAllocator& self = Capped(allocator);
-    if (size > kMemoryLimit - self.used) return nullptr;
+    if (size > kMemoryLimit - self.used || !SpendWork(self, size)) return nullptr;
     auto* block = static_cast<std::uint8_t*>(std::malloc(size + kBlockHeader));
     if (!block) return nullptr;
     std::memcpy(block, &size, sizeof size);
@@ -238,7 +258,7 @@ void* CappedRealloc(Jbig2Allocator* allocator, void* p, std::size_t size) {
     if (!p) return CappedAlloc(allocator, size);
     CappedAllocator& self = Capped(allocator);
     const std::size_t old = BlockSize(p);
-    if (size > old && size - old > kMemoryLimit - self.used) return nullptr;
+    if (size > old && (size - old > kMemoryLimit - self.used || !SpendWork(self, size - old))) return nullptr;
     auto* block = static_cast<std::uint8_t*>(
         std::realloc(static_cast<std::uint8_t*>(p) - kBlockHeader, size + kBlockHeader));
     if (!block) return nullptr;
@@ -293,6 +313,8 @@ public:
 
 private:
     ivStatus DecodeBytes(std::span<const std::uint8_t> data, ivImage2d& image);
+    // Decodes data whose segments were checked, with `allocator` bounding memory and work.
+    ivStatus DecodeChecked(std::span<const std::uint8_t> data, ivImage2d& image, CappedAllocator& allocator);
     ivStatus CopyPage(const Jbig2Image& page, ivImage2d& image);
     ivStatus Fail(ivStatus status, const std::string& text);
 
@@ -339,15 +361,29 @@ ivStatus ivJbig2Importer::Decode(ivStream& data, ivImage2d& image) {
 ivStatus ivJbig2Importer::DecodeBytes(std::span<const std::uint8_t> data, ivImage2d& image) {
     if (data.empty()) return Fail(kFail, "No JBIG2 data");
     std::set<std::uint32_t> known;
-    std::string refused = CheckSegments(m_globals, known);
-    if (refused.empty()) refused = CheckSegments(data, known);
+    PageSize globalPage, page;
+    std::string refused = CheckSegments(m_globals, known, globalPage);
+    if (refused.empty()) refused = CheckSegments(data, known, page);
     if (!refused.empty()) {
         m_error = refused;
         return kFail;
     }
-    // Declared in this order so the page context goes before the globals it refers to, and
-    // the allocator after both.
+    // The allocator outlives the contexts that DecodeChecked makes.
     CappedAllocator allocator{{CappedAlloc, CappedFree, CappedRealloc}};
+    const std::size_t coded = m_globals.size() + data.size();
+    const std::uint64_t pageBytes =
+        page.seen && page.height != kUnknownLength ? BitmapBytes(page.width, page.height) : 0;
+    const std::uint64_t work = kWorkAllowance + std::uint64_t(kWorkPerCodedByte) * coded + pageBytes;
+    allocator.workLimit = static_cast<std::size_t>(std::min<std::uint64_t>(work, SIZE_MAX));
+    const ivStatus st = DecodeChecked(data, image, allocator);
+    if (Failed(st) && allocator.overWork)
+        m_error = ivFormat("JBIG2 data asks for more decoding than its %zu bytes can hold", coded);
+    return st;
+}
+
+ivStatus ivJbig2Importer::DecodeChecked(std::span<const std::uint8_t> data, ivImage2d& image,
+                                        CappedAllocator& allocator) {
+    // Declared in this order so the page context goes before the globals it refers to.
     std::unique_ptr<Jbig2GlobalCtx, GlobalDeleter> globals;
     if (!m_globals.empty()) {
         Jbig2Context reader(

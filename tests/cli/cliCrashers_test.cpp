@@ -35,6 +35,9 @@ const Crasher kCrashers[] = {
     // fuzz_images: a JBIG2 text region of 9 coded bytes claiming 271 million instances kept
     // jbig2dec decoding for 44 seconds (100 under the sanitizers).
     {"jbig2-text-region-instances.pdf", 1, 5},
+    // fuzz_images: a symbol dictionary in 13 coded bytes whose symbols grow to hundreds of
+    // megapixels; jbig2dec decoded them for 24 seconds until one could not be allocated.
+    {"jbig2-symbol-sizes.pdf", 1, 5},
 };
 
 void PrintTo(const Crasher& c, std::ostream* os) {
