@@ -38,6 +38,8 @@ const Crasher kCrashers[] = {
     // fuzz_images: a symbol dictionary in 13 coded bytes whose symbols grow to hundreds of
     // megapixels; jbig2dec decoded them for 24 seconds until one could not be allocated.
     {"jbig2-symbol-sizes.pdf", 1, 5},
+    // fuzz_whole, the same fault found through a whole file (before the bound was in place).
+    {"jbig2-symbol-sizes-whole.pdf", 1, 5},
 };
 
 void PrintTo(const Crasher& c, std::ostream* os) {
