@@ -90,19 +90,8 @@ private:
 
 ivStatus ivJpegImporter::Decode(ivStream& data, ivImage2d& image) {
     m_error.clear();
-    try {
-        std::vector<std::uint8_t> storage;
-        std::span<const std::uint8_t> jpeg;
-        ivStatus st = ivWholeData(data, storage, &jpeg);
-        if (Failed(st)) {
-            m_error = data.ErrorText();
-            return st;
-        }
-        return DecodeBytes(jpeg, image);
-    } catch (const std::bad_alloc&) {
-        m_error = "Out of memory";
-        return kOutOfMemory;
-    }
+    return ivDecodeWholeData(data, m_error,
+                             [&](std::span<const std::uint8_t> bytes) { return DecodeBytes(bytes, image); });
 }
 
 ivStatus ivJpegImporter::DecodeBytes(std::span<const std::uint8_t> jpeg, ivImage2d& image) {

@@ -166,19 +166,8 @@ ivStatus ivJpxImporter::Fail(ivStatus status, const char* text) {
 ivStatus ivJpxImporter::Decode(ivStream& data, ivImage2d& image) {
     m_messages = {};
     m_error.clear();
-    try {
-        std::vector<std::uint8_t> storage;
-        std::span<const std::uint8_t> bytes;
-        ivStatus st = ivWholeData(data, storage, &bytes);
-        if (Failed(st)) {
-            m_error = data.ErrorText();
-            return st;
-        }
-        return DecodeBytes(bytes, image);
-    } catch (const std::bad_alloc&) {
-        m_error = "Out of memory";
-        return kOutOfMemory;
-    }
+    return ivDecodeWholeData(data, m_error,
+                             [&](std::span<const std::uint8_t> bytes) { return DecodeBytes(bytes, image); });
 }
 
 ivStatus ivJpxImporter::DecodeBytes(std::span<const std::uint8_t> bytes, ivImage2d& image) {

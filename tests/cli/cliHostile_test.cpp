@@ -183,11 +183,8 @@ std::string ObjectStreamDocument(std::string_view entries, std::uint32_t index =
     pdf.Stream(5, " /Type /ObjStm" + std::string(entries), "6 0 42");
     const std::uint32_t at = pdf.Offset();
     std::string rows;
-    auto row = [&rows](int type, std::uint32_t f2, std::uint16_t f3) {
-        rows += static_cast<char>(type);
-        for (int i = 3; i >= 0; --i) rows += static_cast<char>((f2 >> (8 * i)) & 0xFF);
-        rows += static_cast<char>(f3 >> 8);
-        rows += static_cast<char>(f3 & 0xFF);
+    auto row = [&rows](std::uint8_t type, std::uint32_t f2, std::uint16_t f3) {
+        PdfBuilder::AppendXrefRow(rows, type, f2, f3);
     };
     row(0, 0, 65535);
     for (std::uint32_t n = 1; n <= 5; ++n) row(1, pdf.OffsetOf(n), 0);
@@ -264,11 +261,8 @@ std::string XrefStreamWith(std::string_view entries, std::string_view rows) {
 // The rows of W [1 4 2] for objects 0 to 5 of a OnePage document whose stream 5 starts at `at`.
 std::string Rows(const PdfBuilder& pdf, std::uint32_t at) {
     std::string rows;
-    auto row = [&rows](int type, std::uint32_t f2, std::uint16_t f3) {
-        rows += static_cast<char>(type);
-        for (int i = 3; i >= 0; --i) rows += static_cast<char>((f2 >> (8 * i)) & 0xFF);
-        rows += static_cast<char>(f3 >> 8);
-        rows += static_cast<char>(f3 & 0xFF);
+    auto row = [&rows](std::uint8_t type, std::uint32_t f2, std::uint16_t f3) {
+        PdfBuilder::AppendXrefRow(rows, type, f2, f3);
     };
     row(0, 0, 65535);
     for (std::uint32_t n = 1; n <= 4; ++n) row(1, pdf.OffsetOf(n), 0);

@@ -97,11 +97,7 @@ std::uint32_t PdfBuilder::XrefStream(std::uint32_t num, std::string_view entries
         std::size_t j = i + 1;
         while (j < listed.size() && listed[j].num == listed[j - 1].num + 1) ++j;
         index += std::to_string(listed[i].num) + " " + std::to_string(j - i) + " ";
-        for (; i < j; ++i) {
-            rows += '\x01';
-            PutBigEndian(rows, listed[i].offset, 4);
-            PutBigEndian(rows, listed[i].gen, 2);
-        }
+        for (; i < j; ++i) AppendXrefRow(rows, 1, listed[i].offset, listed[i].gen);
     }
     std::string dict = " /Type /XRef /W [1 4 2] /Index [" + index + "]";
     dict += entries;
@@ -109,6 +105,12 @@ std::uint32_t PdfBuilder::XrefStream(std::uint32_t num, std::string_view entries
     m_bytes += std::to_string(num) + " 0 obj\n<<" + dict + " /Length " + std::to_string(rows.size()) +
                ">>\nstream\n" + rows + "\nendstream\nendobj\n";
     return at;
+}
+
+void PdfBuilder::AppendXrefRow(std::string& rows, std::uint8_t type, std::uint32_t field2, std::uint16_t field3) {
+    rows += static_cast<char>(type);
+    PutBigEndian(rows, field2, 4);
+    PutBigEndian(rows, field3, 2);
 }
 
 PdfBuilder& PdfBuilder::StartXref(std::uint64_t offset) {

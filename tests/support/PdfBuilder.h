@@ -31,6 +31,8 @@ public:
     // A cross-reference stream object `num` (W [1 4 2]) listing the objects written since the
     // previous section and itself; its dictionary gets `entries`, Type, W, Index and Length.
     std::uint32_t XrefStream(std::uint32_t num, std::string_view entries);
+    // One W [1 4 2] row of a cross-reference stream appended to `rows`.
+    static void AppendXrefRow(std::string& rows, std::uint8_t type, std::uint32_t field2, std::uint16_t field3);
     // "startxref\n" offset "\n%%EOF\n".
     PdfBuilder& StartXref(std::uint64_t offset);
 

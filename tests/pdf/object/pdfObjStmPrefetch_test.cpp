@@ -67,11 +67,8 @@ std::string ThreeStreamDocument() {
     pdf.Object(9, "<< /Type /Annot /Subtype /Text /Rect [0 0 10 10] >>");
     const std::uint32_t at = pdf.Offset();
     std::string rows;
-    auto row = [&rows](int type, std::uint32_t f2, std::uint16_t f3) {
-        rows += static_cast<char>(type);
-        for (int i = 3; i >= 0; --i) rows += static_cast<char>((f2 >> (8 * i)) & 0xFF);
-        rows += static_cast<char>(f3 >> 8);
-        rows += static_cast<char>(f3 & 0xFF);
+    auto row = [&rows](std::uint8_t type, std::uint32_t f2, std::uint16_t f3) {
+        PdfBuilder::AppendXrefRow(rows, type, f2, f3);
     };
     row(0, 0, 65535);
     for (std::uint32_t n = 1; n <= 8; ++n) row(2, 10 + (n - 1) / 2, static_cast<std::uint16_t>((n - 1) % 2));
