@@ -167,6 +167,36 @@ std::string LzwWithoutClearCodes(std::size_t repeats) {
     return out;
 }
 
+// zlib data for `n` (at least 1) zero bytes, about 1/1300 of their size, made by hand with the
+// fixed Huffman codes: a literal zero, then matches of 258 bytes at distance 1.
+std::string DeflateZeros(std::uint64_t n) {
+    std::string out = "\x78\x01";
+    std::uint32_t acc = 0;
+    int bits = 0;
+    auto put = [&](std::uint32_t value, int count) {  // packed from the least significant bit
+        acc |= value << bits;
+        for (bits += count; bits >= 8; bits -= 8, acc >>= 8) out += static_cast<char>(acc & 0xFF);
+    };
+    auto code = [&](std::uint32_t value, int count) {  // Huffman codes go most significant bit first
+        std::uint32_t reversed = 0;
+        for (int i = 0; i < count; ++i) reversed |= (value >> i & 1) << (count - 1 - i);
+        put(reversed, count);
+    };
+    put(1, 1);  // the last block,
+    put(1, 2);  // with fixed codes
+    std::uint64_t left = n;
+    for (code(0x30, 8), --left; left >= 258; left -= 258) {
+        code(0xC5, 8);  // length 258
+        code(0, 5);     // distance 1
+    }
+    for (; left > 0; --left) code(0x30, 8);
+    code(0, 7);  // end of block
+    if (bits) out += static_cast<char>(acc);
+    const std::uint32_t adler = static_cast<std::uint32_t>(n % 65521) << 16 | 1;
+    for (int shift = 24; shift >= 0; shift -= 8) out += static_cast<char>(adler >> shift);
+    return out;
+}
+
 // Objects 5 to 5 + n - 1, each a reference to the next; the last one is `end`.
 std::vector<std::pair<std::uint32_t, std::string>> ReferenceChain(std::uint32_t n, const std::string& end) {
     std::vector<std::pair<std::uint32_t, std::string>> objects;
@@ -523,6 +553,25 @@ std::vector<Hostile> Cases() {
                  LzwWithoutClearCodes(40000));
          },
          1},
+        // 1 GiB of zeros in 6.6 MB: the page needs 100 bytes of them, or 64 MiB and a message.
+        {"flate_bomb_image_behind_png_predictor",
+         [] {
+             return ImageDocument("/Width 10 /Height 10 /ColorSpace /DeviceGray /BitsPerComponent 8 "
+                                  "/Filter /FlateDecode /DecodeParms << /Predictor 12 /Columns 10 >>",
+                                  DeflateZeros(std::uint64_t(1) << 30));
+         },
+         1},
+        {"flate_bomb_contents",
+         [] {
+             PdfBuilder pdf;
+             pdf.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
+             pdf.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
+             pdf.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Contents 4 0 R >>");
+             pdf.Stream(4, " /Filter /FlateDecode", DeflateZeros(std::uint64_t(1) << 30));
+             pdf.StartXref(pdf.Table(" /Size 5 /Root 1 0 R"));
+             return pdf.Bytes();
+         },
+         1, Run::Contents},
         {"garbage_dct", [] { return GarbageImage("/Filter /DCTDecode", 11); }, 1},
         {"garbage_jpx", [] { return GarbageImage("/Filter /JPXDecode", 12); }, 1},
         {"garbage_jbig2",

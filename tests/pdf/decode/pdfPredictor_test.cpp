@@ -46,6 +46,53 @@ TEST(PngPredictor, Rows) {
     }
 }
 
+// Rows of Up-filtered ones without end, counting what is read from it.
+class EndlessRows final : public ivStream {
+public:
+    explicit EndlessRows(std::uint32_t rowLength) : m_rowLength(rowLength) {}
+    ivStatus Read(void* buffer, std::uint32_t count, std::uint32_t* read) override {
+        auto* out = static_cast<std::uint8_t*>(buffer);
+        for (std::uint32_t i = 0; i < count; ++i, ++m_read)
+            out[i] = m_read % (m_rowLength + 1) == 0 ? 2 : 1;
+        *read = count;
+        return kOk;
+    }
+    ivStatus Write(const void*, std::uint32_t, std::uint32_t*) override { return kWrongType; }
+    std::int64_t Seek(std::int64_t, ivSeekOrigin) override { return kWrongType; }
+    std::uint64_t Position() const override { return m_read; }
+    std::uint64_t Size() const override { return m_read; }
+    ivStatus SetSize(std::uint64_t) override { return kWrongType; }
+    std::uint64_t BytesRead() const { return m_read; }
+
+private:
+    std::uint32_t m_rowLength;
+    std::uint64_t m_read = 0;
+};
+
+TEST(PngPredictor, UndoesRowsAsTheyAreReadWithinTheLimit) {
+    auto source = std::make_shared<EndlessRows>(10);
+    auto out = ApplyPNGPredictor(source, 10, 1, 8);
+    std::uint8_t rows[30];
+    std::uint32_t got = 0;
+    ASSERT_EQ(out->Read(rows, sizeof rows, &got), kOk);
+    ASSERT_EQ(got, 30u);
+    EXPECT_EQ(rows[0], 1);
+    EXPECT_EQ(rows[29], 3);  // third row: each Up row adds 1
+    EXPECT_LE(source->BytesRead(), 8192u) << "the rows are undone as they are read, not all at once";
+
+    // The limit ends an endless stream after the row that reaches it.
+    std::string limited;
+    EXPECT_EQ(ivReadAll(*ApplyPNGPredictor(std::make_shared<EndlessRows>(10), 10, 1, 8, 45), limited), kOk);
+    EXPECT_EQ(limited.size(), 50u);
+
+    // Rows beyond 16 MiB are not undone: nothing is read and nothing comes out.
+    auto wide = std::make_shared<EndlessRows>(10);
+    std::string none;
+    EXPECT_EQ(ivReadAll(*ApplyPNGPredictor(wide, 16 * 1024 * 1024 + 1, 1, 8), none), kOk);
+    EXPECT_EQ(none, "");
+    EXPECT_EQ(wide->BytesRead(), 0u);
+}
+
 TEST(PngPredictor, XrefStreamMatchesQpdf) {
     auto raw = MemStream(ReadTestFile("decode/xref-stream.flate"));
     ivRef<ivStream> inflated = ivZlibUnCompress::Create(raw);
