@@ -167,13 +167,13 @@ void WriteContents(ivPdf& doc, const CliOptions& options, FileOutcome& outcome) 
     std::shared_ptr<const pdfContentOps> ops;
     ReadPageContents(doc, doc.Pages()[page - 1]->Object(), ops);
     if (!ops) return;
-    for (const pdfOperation& op : SplitOperations(*ops)) {
+    ForEachOperation(*ops, [&](const pdfOperation& op) {
         std::string line;
         for (const pdfObject* operand : op.operands) line += ObjectText(operand) + " ";
         if (op.op) line += TokenText(op.op);
         while (!line.empty() && line.back() == ' ') line.pop_back();
         outcome.out += ivTextToUtf8(line) + "\n";
-    }
+    });
 }
 
 }  // namespace

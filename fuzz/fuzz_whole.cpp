@@ -27,10 +27,10 @@ void ReadContents(ivPdf& doc) {
         std::shared_ptr<const pdfContentOps> ops;
         ReadPageContents(doc, page->Object(), ops);
         if (!ops) continue;
-        for (const pdfOperation& op : SplitOperations(*ops)) {
+        ForEachOperation(*ops, [](const pdfOperation& op) {
             for (const pdfObject* operand : op.operands) (void)ObjectText(operand);
             if (op.op) (void)TokenText(op.op);
-        }
+        });
     }
 }
 

@@ -21,7 +21,7 @@ ivStatus ReadContentStream(ivPdf& doc, const pdfObject* stream, std::shared_ptr<
     pdfDecodedStream decoded;
     if (ivStatus st = OpenDecodedStream(doc, stream, FindEntryByRecord(doc, stream), decoded); Failed(st))
         return st;
-    const auto limit = static_cast<std::uint32_t>(std::min<std::uint64_t>(doc.ParsedLimit(), 0xFFFFFFFEu));
+    const auto limit = static_cast<std::uint32_t>(std::min<std::uint64_t>(doc.ContentLimit(), 0xFFFFFFFEu));
     pdfParser source(&doc, decoded.stream, 0, limit);
     ObjList list;
     ivStatus st = ParseObjects(doc, source, list, kParseContent);
@@ -48,8 +48,11 @@ ivStatus ReadPageContents(ivPdf& doc, const pdfObject* page, std::shared_ptr<con
     if (AsStream(contents)) return ReadContentStream(doc, contents, ops);
     const pdfArray* streams = AsArray(contents);
     if (!streams || streams->count == 0) return kFail;
-    auto combined = std::make_shared<pdfContentOps>();
-    bool any = false;
+    // The streams are pieces of one page description: together they give at most the tokens
+    // one stream may, however often the array names the same stream.
+    const std::uint64_t budget = doc.ContentLimit() / 2;
+    std::vector<std::shared_ptr<const pdfContentOps>> parts;
+    std::uint64_t total = 0;
     for (const pdfObject* item : streams->Elements()) {
         item = Deref(doc, item);
         if (!item) continue;
@@ -59,22 +62,28 @@ ivStatus ReadPageContents(ivPdf& doc, const pdfObject* page, std::shared_ptr<con
         }
         std::shared_ptr<const pdfContentOps> part;
         if (Failed(ReadContentStream(doc, item, part))) continue;
-        combined->insert(combined->end(), part->begin(), part->end());
-        any = true;
+        total += part->size();
+        parts.push_back(std::move(part));
+        if (total > budget) {
+            Report(doc, "Page contents exceed %llu tokens; the rest is not read",
+                   static_cast<unsigned long long>(budget));
+            break;
+        }
     }
-    if (!any) return kFail;
+    if (parts.empty()) return kFail;
+    auto combined = std::make_shared<pdfContentOps>();
+    const auto wanted = static_cast<std::size_t>(std::min(total, budget));
+    combined->reserve(wanted);
+    for (const auto& part : parts) {
+        const std::size_t room = wanted - combined->size();
+        combined->insert(combined->end(), part->begin(), part->begin() + std::min(room, part->size()));
+    }
     ops = std::move(combined);
     return kOk;
 }
 
 std::vector<pdfOperation> SplitOperations(const pdfContentOps& ops) {
     std::vector<pdfOperation> out;
-    std::size_t start = 0;
-    for (std::size_t i = 0; i < ops.size(); ++i) {
-        if (ops[i]->tag != kTagKey) continue;
-        out.push_back({{ops.data() + start, i - start}, ops[i]});
-        start = i + 1;
-    }
-    if (start < ops.size()) out.push_back({{ops.data() + start, ops.size() - start}, nullptr});
+    ForEachOperation(ops, [&](const pdfOperation& op) { out.push_back(op); });
     return out;
 }

@@ -24,5 +24,17 @@ struct pdfOperation {
 ivStatus ReadContentStream(ivPdf& doc, const pdfObject* stream, std::shared_ptr<const pdfContentOps>& ops);
 // The tokens of all of a page's content streams, in order (each stream parsed on its own).
 ivStatus ReadPageContents(ivPdf& doc, const pdfObject* page, std::shared_ptr<const pdfContentOps>& ops);
+// Calls `visit` with each operation in order, without a list of them all.
+template <class Visit>
+void ForEachOperation(const pdfContentOps& ops, Visit&& visit) {
+    std::size_t start = 0;
+    for (std::size_t i = 0; i < ops.size(); ++i) {
+        if (ops[i]->tag != kTagKey) continue;
+        visit(pdfOperation{{ops.data() + start, i - start}, ops[i]});
+        start = i + 1;
+    }
+    if (start < ops.size()) visit(pdfOperation{{ops.data() + start, ops.size() - start}, nullptr});
+}
+
 // Groups tokens into operations.
 std::vector<pdfOperation> SplitOperations(const pdfContentOps& ops);

@@ -55,8 +55,11 @@ public:
     // The most decoded bytes one stream may give where they are held in memory or parsed:
     // 512 MiB and four times the file, so data that inflates without end stays bounded.
     std::uint64_t DecodedLimit() const { return (std::uint64_t(512) << 20) + 4 * m_fileSize; }
-    // The same for data parsed into records (object, content and cross-reference streams).
+    // The same for data parsed into records (object and cross-reference streams).
     std::uint64_t ParsedLimit() const { return (std::uint64_t(64) << 20) + 4 * m_fileSize; }
+    // The same for a page's content, whose tokens take up to about 17 bytes of records and
+    // lists per byte of data: 64 MiB and half the file.
+    std::uint64_t ContentLimit() const { return (std::uint64_t(64) << 20) + m_fileSize / 2; }
     ivArena& Arena() { return m_arena; }
     ObjListPool& ListPool() { return m_lists; }
     pdfSharedRecords& Shared() { return m_shared; }

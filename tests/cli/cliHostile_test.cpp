@@ -572,6 +572,20 @@ std::vector<Hostile> Cases() {
              return pdf.Bytes();
          },
          1, Run::Contents},
+        // 2,000 tokens named 100,000 times: 200 million tokens from 600 kB, unless the page's
+        // streams together are held to what one stream may give.
+        {"contents_array_names_one_stream_100000_times",
+         [] {
+             PdfBuilder pdf;
+             pdf.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
+             pdf.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
+             pdf.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Contents [" +
+                               Repeat("4 0 R ", 100000) + "] >>");
+             pdf.Stream(4, "", Repeat("q Q ", 1000));
+             pdf.StartXref(pdf.Table(" /Size 5 /Root 1 0 R"));
+             return pdf.Bytes();
+         },
+         1, Run::Contents},
         {"garbage_dct", [] { return GarbageImage("/Filter /DCTDecode", 11); }, 1},
         {"garbage_jpx", [] { return GarbageImage("/Filter /JPXDecode", 12); }, 1},
         {"garbage_jbig2",
