@@ -73,6 +73,11 @@ public:
     void FinishSections();
 
     XrefEntry* NewEntry();
+    // The most cross-reference entries the sections may list together: 256 Ki and one for
+    // every eight bytes of the file (no real file packs objects tighter), so rows inflated
+    // out of a few bytes stay bounded.
+    std::uint64_t EntryLimit() const { return (std::uint64_t(1) << 18) + m_fileSize / 8; }
+    bool EntriesFull() const { return m_allEntries.size() >= EntryLimit(); }
     // Every entry by its ordinal, placeholders included.
     const std::vector<XrefEntry*>& AllEntries() const { return m_allEntries; }
     // The entry of `id` in the newest section that has it, real or placeholder; null when none has.

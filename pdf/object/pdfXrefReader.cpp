@@ -31,7 +31,14 @@ bool ScanInt(const char*& p, const char* end, int& value) {
     return true;
 }
 
+void ReportEntriesFull(pdfDocument& doc) {
+    Report(doc, "Cross-reference entries exceed %llu; the rest are not read",
+           static_cast<unsigned long long>(doc.EntryLimit()));
+}
+
+// Null once the document holds as many entries as it may.
 XrefEntry* AddEntry(pdfDocument& doc, XrefSection& section, std::uint32_t num, std::uint16_t gen) {
+    if (doc.EntriesFull()) return nullptr;
     XrefEntry* e = doc.NewEntry();
     e->num = num;
     e->gen = gen;
@@ -79,7 +86,7 @@ bool ReadStandardLine(pdfParser& source, std::uint32_t& offset, std::uint32_t& g
 
 void ReadClassicTable(pdfDocument& doc, XrefSection& section, pdfParser& source) {
     std::string token, count, offset, gen, type;
-    bool started = false;
+    bool started = false, full = false;
     while (ReadToken(source, token)) {
         if (token == "trailer") {
             ReadTrailerDictionary(doc, section, source);
@@ -106,7 +113,13 @@ void ReadClassicTable(pdfDocument& doc, XrefSection& section, pdfParser& source)
             if (lineType == 'n') {
                 XrefEntry* e = AddEntry(doc, section, first + static_cast<std::uint32_t>(i),
                                         static_cast<std::uint16_t>(lineGen));
-                e->offset = lineOffset;
+                // Past the limit the rows are still read, up to the trailer, but not kept.
+                if (e) {
+                    e->offset = lineOffset;
+                } else if (!full) {
+                    full = true;
+                    ReportEntriesFull(doc);
+                }
             } else if (lineType != 'f') {
                 ReportAt(doc, source, "Error Reading XREF table");
             }
@@ -152,6 +165,10 @@ bool ReadStreamSubsection(pdfDocument& doc, XrefSection& section, ivByteReader& 
             continue;
         }
         XrefEntry* e = AddEntry(doc, section, num, type == 1 ? static_cast<std::uint16_t>(f3) : 0);
+        if (!e) {
+            ReportEntriesFull(doc);
+            return false;
+        }
         if (type == 1) {
             e->offset = f2;
         } else {

@@ -586,6 +586,18 @@ std::vector<Hostile> Cases() {
              return pdf.Bytes();
          },
          1, Run::Contents},
+        // Thirty million one-byte rows inflated out of 150 kB, each an entry at offset 0.
+        {"xref_stream_inflating_to_30_million_entries",
+         [] {
+             PdfBuilder pdf;
+             pdf.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
+             pdf.Object(2, "<< /Type /Pages /Kids [] /Count 0 >>");
+             pdf.Stream(3, " /Type /XRef /Size 30000000 /W [0 1 0] /Root 1 0 R /Filter /FlateDecode",
+                        DeflateZeros(30000000));
+             pdf.StartXref(pdf.OffsetOf(3));
+             return pdf.Bytes();
+         },
+         1},
         {"garbage_dct", [] { return GarbageImage("/Filter /DCTDecode", 11); }, 1},
         {"garbage_jpx", [] { return GarbageImage("/Filter /JPXDecode", 12); }, 1},
         {"garbage_jbig2",
