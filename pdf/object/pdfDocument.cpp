@@ -123,6 +123,12 @@ void WriteOwner(pdfObject* o, std::uint32_t value) {
 
 }  // namespace
 
+bool pdfDocument::TakeObjStmObjectBytes(std::uint64_t bytes) {
+    if (bytes > ObjStmObjectsLimit() - m_objStmObjectBytes) return false;
+    m_objStmObjectBytes += bytes;
+    return true;
+}
+
 XrefEntry* pdfDocument::NewEntry() {
     XrefEntry* e = m_arena.New<XrefEntry>();
     e->ordinal = static_cast<std::uint32_t>(m_allEntries.size());

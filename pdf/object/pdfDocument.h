@@ -1,8 +1,10 @@
 #pragma once
+#include <algorithm>
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "pdf/object/pdfObjList.h"
@@ -112,6 +114,18 @@ public:
     // Notes newly decoded object-stream data; the oldest data beyond a budget is dropped, so
     // memory stays bounded however many object streams are in use at once.
     void NoteObjStmData(ObjStmIndex* index);
+    // Objects read out of object streams become records for good: together they may come
+    // from 16 MiB and eight times the file's size of decoded data. False, taking nothing,
+    // when `bytes` more would go beyond that.
+    std::uint64_t ObjStmObjectsLimit() const { return (std::uint64_t(16) << 20) + 8 * m_fileSize; }
+    bool TakeObjStmObjectBytes(std::uint64_t bytes);
+    // Object streams decoded, again after a release included, may give 64 MiB and sixteen
+    // times the file's size in all, so streams that inflate without end cost bounded time.
+    std::uint64_t ObjStmDecodeLimit() const { return (std::uint64_t(64) << 20) + 16 * m_fileSize; }
+    std::uint64_t ObjStmDecodeRoom() const { return ObjStmDecodeLimit() - std::min(m_objStmDecoded, ObjStmDecodeLimit()); }
+    void NoteObjStmDecoded(std::uint64_t bytes) { m_objStmDecoded += bytes; }
+    // True the first time only, for one message however many streams are refused.
+    bool FirstObjStmRefusal() { return !std::exchange(m_objStmRefused, true); }
 
     // The standard security handler, once the encryption dictionary has been read; it then
     // decrypts this document's strings and streams.
@@ -151,6 +165,9 @@ private:
     std::vector<std::unique_ptr<ObjStmIndex>> m_objStmIndexes;
     std::deque<ObjStmIndex*> m_decodedObjStms;  // holding data, oldest first
     std::uint64_t m_decodedObjStmBytes = 0;
+    std::uint64_t m_objStmObjectBytes = 0;
+    std::uint64_t m_objStmDecoded = 0;
+    bool m_objStmRefused = false;
     std::uint16_t m_versionMajor = 0, m_versionMinor = 0;
     int m_loadDepth = 0;
     std::unique_ptr<ivDecrypt> m_security;

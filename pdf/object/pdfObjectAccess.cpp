@@ -226,9 +226,17 @@ bool DecodedAsPrefetched(const pdfDocument& doc, const pdfStream* stream, const 
 
 // The decoded data of an object stream, kept on its index while objects are read from it.
 bool DecodeObjStmData(pdfDocument& doc, pdfStream* stream, ObjStmIndex& index) {
+    const std::uint64_t room = doc.ObjStmDecodeRoom();
+    if (room == 0) {
+        if (doc.FirstObjStmRefusal())
+            Report(doc, "Object streams gave more than %llu bytes in all; the rest are not decoded",
+                   static_cast<unsigned long long>(doc.ObjStmDecodeLimit()));
+        return false;
+    }
     if (pdfObjStmPrefetch* prefetch = doc.Prefetch(); prefetch && stream->entry) {
         std::optional<pdfObjStmPrefetch::Result> r = prefetch->Take(stream->entry->num);
-        if (r && DecodedAsPrefetched(doc, stream, *r)) {
+        if (r && r->bytes.size() <= room && DecodedAsPrefetched(doc, stream, *r)) {
+            doc.NoteObjStmDecoded(r->bytes.size());
             auto data = ivMemStream::Create();
             data->Data() = std::move(r->bytes);
             index.data = data;
@@ -239,14 +247,21 @@ bool DecodeObjStmData(pdfDocument& doc, pdfStream* stream, ObjStmIndex& index) {
     pdfDecodedStream decoded;
     if (Failed(OpenDecodedStream(doc, stream, nullptr, decoded))) return false;
     auto data = ivMemStream::Create();
-    ivStatus st = ivReadAll(*decoded.stream, data->Data(), doc.ParsedLimit());
+    const std::uint64_t limit = std::min(doc.ParsedLimit(), room);
+    ivStatus st = ivReadAll(*decoded.stream, data->Data(), limit);
+    doc.NoteObjStmDecoded(data->Data().size());
     if (Failed(st)) {
         Report(doc, "Error Handling Object Stream");
         return false;
     }
-    if (st == kRemark)
+    if (st == kRemark && limit == room) {
+        if (doc.FirstObjStmRefusal())
+            Report(doc, "Object streams gave more than %llu bytes in all; the rest are not decoded",
+                   static_cast<unsigned long long>(doc.ObjStmDecodeLimit()));
+    } else if (st == kRemark) {
         Report(doc, "Decoded stream data exceeds %llu bytes; the rest is not read",
-               static_cast<unsigned long long>(doc.ParsedLimit()));
+               static_cast<unsigned long long>(limit));
+    }
     index.data = data;
     doc.NoteObjStmData(&index);
     return true;
@@ -308,6 +323,13 @@ pdfObject* ReadFromObjectStream(pdfDocument& doc, XrefEntry* entry) {
     if (item->offset >= index.data->Size())
         Report(doc, "Object %d %d R starts beyond the end of its object stream", static_cast<int>(entry->num),
                entry->gen);
+    const std::uint64_t available = index.data->Size() > item->offset ? index.data->Size() - item->offset : 0;
+    if (!doc.TakeObjStmObjectBytes(std::min<std::uint64_t>(entry->length, available))) {
+        Report(doc, "Object %d %d R is not read: objects in object streams exceed %llu bytes",
+               static_cast<int>(entry->num), entry->gen, static_cast<unsigned long long>(doc.ObjStmObjectsLimit()));
+        doc.NoteLoaded(entry);
+        return nullptr;
+    }
     pdfObject* object = nullptr;
     {
         pdfParser source(&doc, index.data, item->offset, entry->length);

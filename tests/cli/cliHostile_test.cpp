@@ -167,9 +167,10 @@ std::string LzwWithoutClearCodes(std::size_t repeats) {
     return out;
 }
 
-// zlib data for `n` (at least 1) zero bytes, about 1/1300 of their size, made by hand with the
-// fixed Huffman codes: a literal zero, then matches of 258 bytes at distance 1.
-std::string DeflateZeros(std::uint64_t n) {
+// zlib data for `prefix` and then `n` (at least 1) zero bytes, the zeros in about 1/1300 of
+// their size, made by hand with the fixed Huffman codes: literals, then matches of 258 bytes
+// at distance 1.
+std::string DeflateZeros(std::uint64_t n, std::string_view prefix = "") {
     std::string out = "\x78\x01";
     std::uint32_t acc = 0;
     int bits = 0;
@@ -182,17 +183,25 @@ std::string DeflateZeros(std::uint64_t n) {
         for (int i = 0; i < count; ++i) reversed |= (value >> i & 1) << (count - 1 - i);
         put(reversed, count);
     };
+    auto literal = [&](std::uint8_t b) { b < 144 ? code(0x30 + b, 8) : code(0x190 + b - 144, 9); };
     put(1, 1);  // the last block,
     put(1, 2);  // with fixed codes
+    std::uint32_t a = 1, b = 0;  // Adler-32 of everything
+    for (char c : prefix) {
+        literal(static_cast<std::uint8_t>(c));
+        a = (a + static_cast<std::uint8_t>(c)) % 65521;
+        b = (b + a) % 65521;
+    }
+    b = static_cast<std::uint32_t>((b + n % 65521 * a) % 65521);
     std::uint64_t left = n;
-    for (code(0x30, 8), --left; left >= 258; left -= 258) {
+    for (literal(0), --left; left >= 258; left -= 258) {
         code(0xC5, 8);  // length 258
         code(0, 5);     // distance 1
     }
-    for (; left > 0; --left) code(0x30, 8);
+    for (; left > 0; --left) literal(0);
     code(0, 7);  // end of block
     if (bits) out += static_cast<char>(acc);
-    const std::uint32_t adler = static_cast<std::uint32_t>(n % 65521) << 16 | 1;
+    const std::uint32_t adler = b << 16 | a;
     for (int shift = 24; shift >= 0; shift -= 8) out += static_cast<char>(adler >> shift);
     return out;
 }
@@ -677,5 +686,42 @@ TEST_P(HostileFile, EndsInTimeWithinMemoryWithMessagesAndTheContractsStatus) {
 
 INSTANTIATE_TEST_SUITE_P(, HostileFile, ::testing::ValuesIn(Cases()),
                          [](const ::testing::TestParamInfo<Hostile>& p) { return p.param.name; });
+
+// Ten object streams of 8 MiB each, from 50 kB each: the first two objects are read, the
+// decoding stops at 64 MiB + 16x the file and no object past 16 MiB + 8x the file is made.
+TEST(HostileObjectStreams, InflateWithinTheDocumentsBudgets) {
+    PdfBuilder pdf;
+    std::string refs;
+    for (int i = 0; i < 10; ++i) refs += " /A" + std::to_string(i) + " " + std::to_string(100 + i) + " 0 R";
+    pdf.Object(1, "<< /Type /Catalog /Pages 2 0 R" + refs + " >>");
+    pdf.Object(2, "<< /Type /Pages /Kids [] /Count 0 >>");
+    std::string rows;
+    for (std::uint32_t i = 0; i < 10; ++i) {
+        const std::string index = std::to_string(100 + i) + " 0 ";
+        pdf.Stream(10 + i, " /Type /ObjStm /N 1 /First " + std::to_string(index.size()) + " /Filter /FlateDecode",
+                   DeflateZeros(8 << 20, index));
+    }
+    PdfBuilder::AppendXrefRow(rows, 0, 0, 65535);
+    for (std::uint32_t n = 1; n < 110; ++n) {
+        if (n == 1 || n == 2 || (n >= 10 && n < 20)) PdfBuilder::AppendXrefRow(rows, 1, pdf.OffsetOf(n), 0);
+        else if (n >= 100) PdfBuilder::AppendXrefRow(rows, 2, 10 + n - 100, 0);
+        else PdfBuilder::AppendXrefRow(rows, 0, 0, 0);
+    }
+    const std::uint32_t xref = pdf.Offset();
+    pdf.Stream(110, " /Type /XRef /Size 110 /W [1 4 2] /Root 1 0 R", rows);
+    pdf.StartXref(xref);
+
+    ScratchFolder folder("hostile-object-streams", std::getenv("VANTREL_HOSTILE_DIR"));
+    const fs::path file = folder.Path() / "object-streams.pdf";
+    std::ofstream(file, std::ios::binary) << pdf.Bytes();
+    const CliLimits limits = DefaultCliLimits();
+    const CliOutcome o = RunCli({"--json", file.string()}, folder.Path(), limits);
+    EXPECT_EQ(o.exitStatus, 1) << o.err.substr(0, 2000);
+    EXPECT_LT(o.seconds, limits.seconds);
+    EXPECT_LT(o.peakMegabytes, limits.megabytes);
+    EXPECT_NE(o.out.find("Object 102 0 R is not read: objects in object streams exceed"), std::string::npos);
+    EXPECT_EQ(o.out.find("Object 101 0 R is not read"), std::string::npos);
+    EXPECT_NE(o.out.find("Object streams gave more than"), std::string::npos);
+}
 
 }  // namespace
