@@ -122,7 +122,9 @@ public:
     // Object streams decoded, again after a release included, may give 64 MiB and sixteen
     // times the file's size in all, so streams that inflate without end cost bounded time.
     std::uint64_t ObjStmDecodeLimit() const { return (std::uint64_t(64) << 20) + 16 * m_fileSize; }
-    std::uint64_t ObjStmDecodeRoom() const { return ObjStmDecodeLimit() - std::min(m_objStmDecoded, ObjStmDecodeLimit()); }
+    std::uint64_t ObjStmDecodeRoom() const {
+        return ObjStmDecodeLimit() - std::min(m_objStmDecoded, ObjStmDecodeLimit());
+    }
     void NoteObjStmDecoded(std::uint64_t bytes) { m_objStmDecoded += bytes; }
     // True the first time only, for one message however many streams are refused.
     bool FirstObjStmRefusal() { return !std::exchange(m_objStmRefused, true); }

@@ -224,13 +224,18 @@ bool DecodedAsPrefetched(const pdfDocument& doc, const pdfStream* stream, const 
     return filters == 1 && lengths == 1;
 }
 
+// Once per document: the object streams decoded so far used up what the file allows.
+void ReportObjStmDecodingSpent(pdfDocument& doc) {
+    if (doc.FirstObjStmRefusal())
+        Report(doc, "Object streams gave more than %llu bytes in all; the rest are not decoded",
+               static_cast<unsigned long long>(doc.ObjStmDecodeLimit()));
+}
+
 // The decoded data of an object stream, kept on its index while objects are read from it.
 bool DecodeObjStmData(pdfDocument& doc, pdfStream* stream, ObjStmIndex& index) {
     const std::uint64_t room = doc.ObjStmDecodeRoom();
     if (room == 0) {
-        if (doc.FirstObjStmRefusal())
-            Report(doc, "Object streams gave more than %llu bytes in all; the rest are not decoded",
-                   static_cast<unsigned long long>(doc.ObjStmDecodeLimit()));
+        ReportObjStmDecodingSpent(doc);
         return false;
     }
     if (pdfObjStmPrefetch* prefetch = doc.Prefetch(); prefetch && stream->entry) {
@@ -255,9 +260,7 @@ bool DecodeObjStmData(pdfDocument& doc, pdfStream* stream, ObjStmIndex& index) {
         return false;
     }
     if (st == kRemark && limit == room) {
-        if (doc.FirstObjStmRefusal())
-            Report(doc, "Object streams gave more than %llu bytes in all; the rest are not decoded",
-                   static_cast<unsigned long long>(doc.ObjStmDecodeLimit()));
+        ReportObjStmDecodingSpent(doc);
     } else if (st == kRemark) {
         Report(doc, "Decoded stream data exceeds %llu bytes; the rest is not read",
                static_cast<unsigned long long>(limit));
@@ -326,7 +329,8 @@ pdfObject* ReadFromObjectStream(pdfDocument& doc, XrefEntry* entry) {
     const std::uint64_t available = index.data->Size() > item->offset ? index.data->Size() - item->offset : 0;
     if (!doc.TakeObjStmObjectBytes(std::min<std::uint64_t>(entry->length, available))) {
         Report(doc, "Object %d %d R is not read: objects in object streams exceed %llu bytes",
-               static_cast<int>(entry->num), entry->gen, static_cast<unsigned long long>(doc.ObjStmObjectsLimit()));
+               static_cast<int>(entry->num), entry->gen,
+               static_cast<unsigned long long>(doc.ObjStmObjectsLimit()));
         doc.NoteLoaded(entry);
         return nullptr;
     }
