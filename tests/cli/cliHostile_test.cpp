@@ -250,14 +250,20 @@ std::string RawImageDocument(std::string_view entries, std::string_view data) {
 }
 
 // A one-page document whose contents stream says its Length is `length`.
-std::string ContentsWithLength(const std::string& length) {
+// One page whose Contents is `contents`; object 4 is `stream`, its whole body typed by hand.
+std::string ContentsDocument(std::string_view contents, std::string_view stream) {
     PdfBuilder pdf;
     pdf.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
     pdf.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
-    pdf.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Contents 4 0 R >>");
-    pdf.Object(4, RawStream(" /Length " + length, "BT /F1 12 Tf (x) Tj ET"));
+    pdf.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Contents " + std::string(contents) +
+                      " >>");
+    pdf.Object(4, stream);
     pdf.StartXref(pdf.Table(" /Size 5 /Root 1 0 R"));
     return pdf.Bytes();
+}
+
+std::string ContentsWithLength(const std::string& length) {
+    return ContentsDocument("4 0 R", RawStream(" /Length " + length, "BT /F1 12 Tf (x) Tj ET"));
 }
 
 // zlib data in stored (uncompressed) blocks, for Flate streams without a compressor.
@@ -572,27 +578,18 @@ std::vector<Hostile> Cases() {
          1},
         {"flate_bomb_contents",
          [] {
-             PdfBuilder pdf;
-             pdf.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
-             pdf.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
-             pdf.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Contents 4 0 R >>");
-             pdf.Stream(4, " /Filter /FlateDecode", DeflateZeros(std::uint64_t(1) << 30));
-             pdf.StartXref(pdf.Table(" /Size 5 /Root 1 0 R"));
-             return pdf.Bytes();
+             const std::string data = DeflateZeros(std::uint64_t(1) << 30);
+             return ContentsDocument(
+                 "4 0 R", RawStream(" /Filter /FlateDecode /Length " + std::to_string(data.size()), data));
          },
          1, Run::Contents},
         // 2,000 tokens named 100,000 times: 200 million tokens from 600 kB, unless the page's
         // streams together are held to what one stream may give.
         {"contents_array_names_one_stream_100000_times",
          [] {
-             PdfBuilder pdf;
-             pdf.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
-             pdf.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
-             pdf.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 612 792] /Contents [" +
-                               Repeat("4 0 R ", 100000) + "] >>");
-             pdf.Stream(4, "", Repeat("q Q ", 1000));
-             pdf.StartXref(pdf.Table(" /Size 5 /Root 1 0 R"));
-             return pdf.Bytes();
+             const std::string data = Repeat("q Q ", 1000);
+             return ContentsDocument("[" + Repeat("4 0 R ", 100000) + "]",
+                                     RawStream(" /Length " + std::to_string(data.size()), data));
          },
          1, Run::Contents},
         // Thirty million one-byte rows inflated out of 150 kB, each an entry at offset 0.
