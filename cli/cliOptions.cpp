@@ -28,6 +28,8 @@ bool ParseOption(const std::vector<std::string>& args, std::size_t& i, CliOption
         o.json = true;
     } else if (a == "--quiet") {
         o.quiet = true;
+    } else if (a == "--extra-checks") {
+        o.extraChecks = true;
     } else if (a == "--raw") {
         o.raw = true;
     } else if (a == "--keep-jpeg") {
@@ -136,6 +138,7 @@ std::string UsageText() {
            "  --json                 one JSON report per file (JSON Lines for several files)\n"
            "  --password PW          password to try after the empty one\n"
            "  --quiet                print nothing; the exit status tells the outcome\n"
+           "  --extra-checks         also report our own checks beyond the standard report\n"
            "  --stream N G           write the decoded data of object N G to standard output\n"
            "  --raw                  with --stream: the stored bytes, not decoded\n"
            "  --contents PAGE        print the content operations of a page (from 1)\n"

@@ -9,6 +9,7 @@ struct CliOptions {
     std::vector<std::string> files;
     bool json = false;
     bool quiet = false;
+    bool extraChecks = false;  // our own validations beyond the standard report
     std::optional<std::string> password;
     bool streamRequested = false;
     std::uint32_t streamNum = 0;

@@ -210,6 +210,7 @@ std::string JsonReport(const ReportData& data) {
     if (!data.fileError.empty()) w.Key("error").String(data.fileError);
     w.Key("status").BeginObject().Key("open").String(StatusText(data.openStatus));
     w.Key("analyse").String(StatusText(data.analyseStatus)).EndObject();
+    w.Key("extra_checks").Bool(data.extraChecks);
     w.Key("version");
     if (HasVersion(data)) {
         const ivPdf& d = *data.doc;

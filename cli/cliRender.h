@@ -16,6 +16,7 @@ struct ReportData {
     std::unique_ptr<ivPdf> doc;
     ivStatus openStatus = kOk;
     ivStatus analyseStatus = kOk;
+    bool extraChecks = false;
     std::optional<pdfDocInfo> info;
 };
 

@@ -54,6 +54,17 @@ int ExitStatusOf(const ReportData& data) {
     return data.control.MessageCount() ? kExitMessages : kExitClean;
 }
 
+// Opens the document of `data` with the options' password and extra checks.
+void OpenDocument(ReportData& data, const ivRef<ivFileStream>& stream, const CliOptions& options) {
+    data.extraChecks = options.extraChecks;
+    data.doc = std::make_unique<ivPdf>(stream, data.path, &data.control);
+    data.doc->SetExtraChecks(options.extraChecks);
+    cliPasswordPrompt prompt(options.password);
+    data.doc->SetPasswordPrompt(&prompt);
+    data.openStatus = data.doc->Open();
+    data.doc->SetPasswordPrompt(nullptr);
+}
+
 // Exports the images, with a progress line on standard error when it is a terminal.
 void ExportFileImages(ivPdf& doc, const CliOptions& options) {
     pdfExportSettings settings;
@@ -82,15 +93,12 @@ FileOutcome AnalyseFile(const std::string& path, const CliOptions& options) {
         outcome.err = "vantrel-cli: cannot open " + path + ": " + file.error + "\n";
         outcome.exitStatus = kExitNotOpened;
     } else {
-        data.doc = std::make_unique<ivPdf>(file.stream, path, &data.control);
-        cliPasswordPrompt prompt(options.password);
-        data.doc->SetPasswordPrompt(&prompt);
-        data.openStatus = data.doc->Open();
-        data.doc->SetPasswordPrompt(nullptr);
+        OpenDocument(data, file.stream, options);
         data.analyseStatus = data.doc->Analyse();
         data.info = ReadDocInfo(*data.doc);
-        if (options.exportDir) ExportFileImages(*data.doc, options);
+        // The export's messages are reported too, but the status tells of the analysis alone.
         outcome.exitStatus = ExitStatusOf(data);
+        if (options.exportDir) ExportFileImages(*data.doc, options);
     }
     if (options.quiet) return outcome;
     if (options.json)
@@ -114,11 +122,8 @@ FileOutcome RunQuery(const std::string& path, const CliOptions& options,
         return outcome;
     }
     ReportData data;
-    data.doc = std::make_unique<ivPdf>(file.stream, path, &data.control);
-    cliPasswordPrompt prompt(options.password);
-    data.doc->SetPasswordPrompt(&prompt);
-    data.openStatus = data.doc->Open();
-    data.doc->SetPasswordPrompt(nullptr);
+    data.path = path;
+    OpenDocument(data, file.stream, options);
     if (Succeeded(data.openStatus)) query(*data.doc, outcome);
     outcome.exitStatus = std::max(outcome.exitStatus, ExitStatusOf(data));
     if (options.quiet) return outcome;

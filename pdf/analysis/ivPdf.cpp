@@ -68,6 +68,11 @@ void ivPdf::ReadCatalogAndPages() {
     if (root.Empty()) return;  // an empty document
     m_catalogId = root.Id();
     m_catalog = root.obj ? root.obj : ResolveRef(*this, root.Id());
+    if (!m_catalog) {
+        // Already reported as not found.
+        ReportExtra(*this, "Not a dictionary");
+        return;
+    }
     if (!AsDict(m_catalog)) {
         Report(*this, "Not a dictionary");
         return;

@@ -9,11 +9,12 @@
 
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
 // Same bound as the accessors put on chains of references to references.
 constexpr int kMaxReferenceChain = 64;
 
 // PDFDocEncoding where it departs from Latin-1; 0 marks a code the encoding leaves undefined.
+// Such a byte (a control character, say, from an escape like \b) keeps its own code point, so
+// that no byte of a string is lost in the text.
 constexpr char16_t kDocEncodingLow[0x20] = {
     0,      0,      0,      0,      0,      0,      0,      0,       // 0x00
     0,      0x0009, 0x000A, 0,      0,      0x000D, 0,      0,       // 0x08: TAB, LF, CR only
@@ -36,7 +37,7 @@ char32_t FromDocEncoding(std::uint8_t code) {
         c = kDocEncodingLow[code];
     else if (code >= 0x7F && code < 0xAE)
         c = kDocEncodingHigh[code - 0x7F];
-    return c ? c : kReplacement;
+    return c ? c : code;
 }
 
 // GetText hands 8-bit strings over one byte per code unit.

@@ -243,17 +243,20 @@ ivStatus CreateImageFromDictionary(ivPdf& doc, const pdfObject* dict, ivImage2d&
             space = Deref(doc, p.value);
         }
     }
+    // The colour space is looked at only up to 8 bits per component; the extra checks ask
+    // for one at any depth.
+    const bool spaceNeeded = !space && !desc.imageMask && (desc.bitsPerComponent <= 8 || doc.ExtraChecks());
     const char* missing = desc.width < 0              ? "Image Width is not specified"
                           : desc.height < 0           ? "Image Height is not specified"
                           : desc.bitsPerComponent < 0 ? "Image BPP is not specified"
-                          : !space && !desc.imageMask ? "ColorSpace is not specified"
+                          : spaceNeeded               ? "ColorSpace is not specified"
                                                       : nullptr;
     if (missing) {
         Report(doc, "%s", missing);
         return kFail;
     }
     if (desc.bitsPerComponent == 0 || desc.bitsPerComponent > 16)
-        Report(doc, "Image BPP %d is not valid", desc.bitsPerComponent);
+        ReportExtra(doc, "Image BPP %d is not valid", desc.bitsPerComponent);
     if (desc.bitsPerComponent <= 8 && space) ReadColourSpace(doc, space, desc);
     const ivImage2d::Format format = ChooseFormat(desc);
     if (Failed(image.Create(format, static_cast<std::uint32_t>(desc.width),

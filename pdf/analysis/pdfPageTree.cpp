@@ -50,12 +50,13 @@ ivStatus PageTreeWalker::Walk(const pdfObject* value, pdfTree* parent) {
         id = ref->Id();
         // A kid that could not be read is not tried again in this walk (it would report again).
         if (m_unreadable.count(id)) return kNotFound;
-        entry = FindEntry(m_doc, id);
+        // Resolved first, so that a missing kid is reported inside "Reading Object".
         value = ResolveRef(m_doc, id);
         if (!value) {
             m_unreadable.insert(id);
             return kNotFound;
         }
+        entry = m_doc.LookupEntry(id);
     }
     if (!AsDict(value)) {
         Report(m_doc, "Not a dictionary");
@@ -69,12 +70,13 @@ ivStatus PageTreeWalker::Walk(const pdfObject* value, pdfTree* parent) {
             Report(m_doc, "Page is not expected here");
             return kOk;
         }
-        // Still listed as often as it appears, but said once: a page has one place in the tree.
+        // Still listed as often as it appears; the extra checks say so, once for each page.
         // A page object that already had the page role was met before; only pages without an
         // entry of their own (or with another role) need the set.
         const bool repeated = role == kRemark || (role != kOk && !m_pages.insert(value).second);
         if (repeated && m_reportedRepeats.insert(value).second)
-            Report(m_doc, "Page %d %d R is listed more than once in the page tree", static_cast<int>(id.num), id.gen);
+            ReportExtra(m_doc, "Page %d %d R is listed more than once in the page tree",
+                        static_cast<int>(id.num), id.gen);
         auto* page = static_cast<pdfPage*>(parent->Add(std::make_unique<pdfPage>(value, id, parent)));
         m_doc.AddPage(page);
         return kOk;

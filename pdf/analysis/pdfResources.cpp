@@ -214,7 +214,8 @@ ivStatus AnalyseXObject(ivPdf& doc, XrefEntry* entry, const pdfObject* streamDic
             AnalyseResourceHolder(doc, streamDict);
             path.pop_back();
         } else if (entry && std::find(path.begin(), path.end(), entry) != path.end()) {
-            Report(doc, "Form %d %d R draws itself through its resources", static_cast<int>(entry->num), entry->gen);
+            ReportExtra(doc, "Form %d %d R draws itself through its resources", static_cast<int>(entry->num),
+                        entry->gen);
         }
     }
     return kOk;
@@ -290,7 +291,8 @@ ivStatus WalkActionChain(ivPdf& doc, const pdfObject* value, std::vector<const X
             ivStatus st = SetRole(doc, object, entry, kRoleAction);
             if (st != kOk) {
                 if (entry && std::find(path.begin(), path.end(), entry) != path.end())
-                    Report(doc, "Action %d %d R is its own Next", static_cast<int>(entry->num), entry->gen);
+                    ReportExtra(doc, "Action %d %d R is its own Next", static_cast<int>(entry->num),
+                                entry->gen);
                 result = st;
                 break;
             }

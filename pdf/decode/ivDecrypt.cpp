@@ -114,7 +114,8 @@ ivDecrypt::ivDecrypt(pdfDocument& doc, const pdfObject* dictionary, const XrefSe
     if (const pdfBytes* b = AsBytes(first)) m_fileId.assign(b->Data(), b->Data() + b->size);
     // The keys take 16 identifier bytes; a shorter identifier is padded with zeros.
     if (m_fileId.size() < 16)
-        Report(doc, "File ID is %d bytes long; it is padded with zeros to 16", static_cast<int>(m_fileId.size()));
+        ReportExtra(doc, "File ID is %d bytes long; it is padded with zeros to 16",
+                    static_cast<int>(m_fileId.size()));
 }
 
 void ivDecrypt::CopyBytes(const pdfObject* value, Bytes& field) {
@@ -141,9 +142,12 @@ void ivDecrypt::CheckLength(const char* name, const Bytes& field, std::size_t ex
 }
 
 void ivDecrypt::ReadEntry(const char* key, const pdfObject* value) {
+    // These entries have a failure message of their own; the accessor's comes with the extra checks.
     auto number = [&](int& out, const char* failure) {
         std::uint32_t n = 0;
-        if (Failed(GetInteger(m_doc, value, &n)))
+        const ivStatus st = GetIntegerQuiet(m_doc, value, &n);
+        if (st == kWrongType) ReportExtra(m_doc, "Number is Expected");
+        if (Failed(st))
             Report(m_doc, "%s", failure);
         else
             out = static_cast<int>(n);

@@ -429,11 +429,11 @@ ivStatus DecodeCCITTFax(pdfDocument& doc, const pdfObject* params, ivImage2d& im
             p.k = static_cast<std::int32_t>(k);
         }
     }
-    if (p.k >= 0) Report(doc, "CCITT data with K %d is not decoded; the image is left white", p.k);
+    if (p.k >= 0) ReportExtra(doc, "CCITT data with K %d is not decoded; the image is left white", p.k);
     const ivStatus st = DecodeCCITTG4(source, image, p);
     if (st == kFail)
-        Report(doc, "CCITT data is damaged: a code is found in no table");
+        ReportExtra(doc, "CCITT data is damaged: a code is found in no table");
     else if (st == kUncompressedMode || st == kOtherExtension)
-        Report(doc, "CCITT data uses an extension that is not decoded");
+        ReportExtra(doc, "CCITT data uses an extension that is not decoded");
     return st;
 }

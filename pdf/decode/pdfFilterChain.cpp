@@ -107,9 +107,10 @@ ivRef<ivStream> CreateFlateOrLZWFilter(pdfDocument& doc, ivRef<ivStream> source,
         // Whatever was decoded is kept, after a failure too.
         bool notCleared = false;
         const ivStatus st = DecodeLZW(*source, *out, earlyChange != 0, doc.DecodedLimit(), &notCleared);
-        if (notCleared) Report(doc, "LZW code table is full and is not cleared");
+        if (notCleared) ReportExtra(doc, "LZW code table is full and is not cleared");
         if (st == kFail)
-            Report(doc, "LZW data can't be decoded after %llu bytes", static_cast<unsigned long long>(out->Size()));
+            ReportExtra(doc, "LZW data can't be decoded after %llu bytes",
+                        static_cast<unsigned long long>(out->Size()));
         out->Rewind();
         decoded = out;
     } else {
@@ -182,8 +183,8 @@ ivStatus OpenDecodedStream(pdfDocument& doc, const pdfObject* obj, const XrefEnt
         } else {
             // Image codecs are left to image decoding; the rest pass on unchanged.
             if (!IsImageCodec(name) && !NameIs(name, "Crypt", "Crypt"))
-                Report(doc, "%s filter is not supported; the data is left as it is",
-                       static_cast<const pdfBytes*>(name)->Chars());
+                ReportExtra(doc, "%s filter is not supported; the data is left as it is",
+                            static_cast<const pdfBytes*>(name)->Chars());
             continue;
         }
         out.length = -1;

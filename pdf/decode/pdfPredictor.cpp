@@ -150,6 +150,9 @@ ivRef<ivStream> ApplyPNGPredictor(ivRef<ivStream> source, std::uint32_t columns,
     if (!source) return source;
     const std::uint64_t rowLength = RowLength(std::uint64_t(columns) * colors, bitsPerComponent);
     // Rows of no bytes (Columns 0) give no data however many tags follow.
-    if (rowLength == 0 || rowLength > kMaxRowLength) return ivMemStream::Create();
+    if (rowLength == 0) return ivMemStream::Create();
+    // Rows too long to hold are treated as row buffers that cannot be had: the data passes
+    // through as it is.
+    if (rowLength > kMaxRowLength) return source;
     return std::make_shared<PredictorStream>(std::move(source), columns, colors, rowLength, limit);
 }

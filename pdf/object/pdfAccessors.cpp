@@ -53,7 +53,7 @@ ivStatus GetNumber(pdfDocument& doc, const pdfObject* obj, double* value) {
     return kWrongType;
 }
 
-ivStatus GetInteger(pdfDocument& doc, const pdfObject* obj, std::uint32_t* value) {
+ivStatus GetIntegerQuiet(pdfDocument& doc, const pdfObject* obj, std::uint32_t* value) {
     ivStatus st = kOk;
     obj = Resolve(doc, obj, &st);
     if (Failed(st)) return st;
@@ -65,8 +65,13 @@ ivStatus GetInteger(pdfDocument& doc, const pdfObject* obj, std::uint32_t* value
         *value = RoundToU32(static_cast<const pdfReal*>(obj)->value);
         return kRemark;
     }
-    Report(doc, "Number is Expected");
     return kWrongType;
+}
+
+ivStatus GetInteger(pdfDocument& doc, const pdfObject* obj, std::uint32_t* value) {
+    const ivStatus st = GetIntegerQuiet(doc, obj, value);
+    if (st == kWrongType) Report(doc, "Number is Expected");
+    return st;
 }
 
 ivStatus GetIntegerChecked(pdfDocument& doc, const pdfObject* obj, std::uint32_t* value) {

@@ -15,6 +15,8 @@ class pdfDocument;
 ivStatus GetNumber(pdfDocument& doc, const pdfObject* obj, double* value);
 // Int, or Real rounded to the nearest integer (then 1); another type reports "Number is Expected".
 ivStatus GetInteger(pdfDocument& doc, const pdfObject* obj, std::uint32_t* value);
+// As GetInteger, without "Number is Expected": for callers that report a failure of their own.
+ivStatus GetIntegerQuiet(pdfDocument& doc, const pdfObject* obj, std::uint32_t* value);
 // As GetInteger, and kInvalidArg first for a null record.
 ivStatus GetIntegerChecked(pdfDocument& doc, const pdfObject* obj, std::uint32_t* value);
 // Bool, or Int taken as non-zero; another type reports "BOOL is Expected".

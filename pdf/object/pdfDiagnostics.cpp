@@ -6,24 +6,48 @@
 #include "pdf/object/pdfDocument.h"
 #include "pdf/object/pdfParser.h"
 
+namespace {
+
+void AddMessage(const pdfDocument& doc, const pdfParser* source, const char* format, std::va_list args) {
+    std::string text = ivVFormat(format, args);
+    std::uint32_t pos = 0;
+    if (source && source->GetPosition(pos))
+        text += ivFormat(" Stream Position:%d, 0x%xh", static_cast<int>(pos), pos);
+    doc.Control()->AddMessage(std::move(text));
+}
+
+}  // namespace
+
 void Report(const pdfDocument& doc, const char* format, ...) {
     if (!doc.Control()) return;
     std::va_list args;
     va_start(args, format);
-    std::string text = ivVFormat(format, args);
+    AddMessage(doc, nullptr, format, args);
     va_end(args);
-    doc.Control()->AddMessage(std::move(text));
 }
 
 void ReportAt(const pdfDocument& doc, const pdfParser& source, const char* format, ...) {
     if (!doc.Control()) return;
     std::va_list args;
     va_start(args, format);
-    std::string text = ivVFormat(format, args);
+    AddMessage(doc, &source, format, args);
     va_end(args);
-    std::uint32_t pos = 0;
-    if (source.GetPosition(pos)) text += ivFormat(" Stream Position:%d, 0x%xh", static_cast<int>(pos), pos);
-    doc.Control()->AddMessage(std::move(text));
+}
+
+void ReportExtra(const pdfDocument& doc, const char* format, ...) {
+    if (!doc.Control() || !doc.ExtraChecks()) return;
+    std::va_list args;
+    va_start(args, format);
+    AddMessage(doc, nullptr, format, args);
+    va_end(args);
+}
+
+void ReportExtraAt(const pdfDocument& doc, const pdfParser& source, const char* format, ...) {
+    if (!doc.Control() || !doc.ExtraChecks()) return;
+    std::va_list args;
+    va_start(args, format);
+    AddMessage(doc, &source, format, args);
+    va_end(args);
 }
 
 std::string ScopeText(const char* text, const std::string& id) {

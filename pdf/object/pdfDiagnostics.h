@@ -31,6 +31,10 @@ void Report(const pdfDocument& doc, const char* format, ...) IV_PRINTF(2, 3);
 // The same, with " Stream Position:%d, 0x%xh" appended when the source can tell its position.
 void ReportAt(const pdfDocument& doc, const pdfParser& source, const char* format, ...) IV_PRINTF(3, 4);
 
+// The same two, for a check of our own: reported only when the document's extra checks are on.
+void ReportExtra(const pdfDocument& doc, const char* format, ...) IV_PRINTF(2, 3);
+void ReportExtraAt(const pdfDocument& doc, const pdfParser& source, const char* format, ...) IV_PRINTF(3, 4);
+
 // Names an object by identifier: "Accessing Object 12 0 R", or the identifier formatted into
 // a text holding "%s".
 class ivObjIDScope final : public ivScope {

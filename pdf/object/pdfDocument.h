@@ -52,6 +52,10 @@ public:
     pdfDocument& operator=(const pdfDocument&) = delete;
 
     ivIOControl* Control() const { return m_control; }
+    // Our own validations beyond the standard report (a Size larger than the objects, a
+    // Length past the end of the file, …) are reported only when this is on.
+    bool ExtraChecks() const { return m_extraChecks; }
+    void SetExtraChecks(bool on) { m_extraChecks = on; }
     const ivRef<ivStream>& File() const { return m_file; }
     std::uint64_t FileSize() const { return m_fileSize; }
     // The most decoded bytes one stream may give where they are held in memory or parsed:
@@ -172,6 +176,7 @@ private:
     bool m_objStmRefused = false;
     std::uint16_t m_versionMajor = 0, m_versionMinor = 0;
     int m_loadDepth = 0;
+    bool m_extraChecks = false;
     std::unique_ptr<ivDecrypt> m_security;
     std::unique_ptr<pdfObjStmPrefetch> m_prefetch;
 };

@@ -92,7 +92,7 @@ ivStatus ReadInlineImage(pdfDocument& doc, pdfParser& source, ObjList& list, std
         InlineImageParameters(doc, {list.items.data() + first, last > first ? last - first : 0});
     std::string data;
     bool ended = ReadImageData(source, data);
-    if (!ended) ReportAt(doc, source, "Inline image data is not followed by EI");
+    if (!ended) ReportExtraAt(doc, source, "Inline image data is not followed by EI");
     list.items.resize(std::min(biIndex, list.items.size()));
     list.items.push_back(NewInlineImage(doc.Arena(), params, data));
     list.items.push_back(NewBytes(doc.Arena(), kTagKey, "EI"));

@@ -62,16 +62,17 @@ void CheckStreamRole(pdfDocument& doc, pdfStream* stream, XrefEntry* entry) {
         entry->role = kRoleImage;
 }
 
-// A direct Length that can't be right; the data is read up to the end of the file whatever
-// it says. An indirect Length is looked at only when the data is read.
+// A direct Length that can't be right (an extra check); the data is read up to the end of
+// the file whatever it says. An indirect Length is looked at only when the data is read.
 void CheckStreamLength(pdfDocument& doc, const pdfStream* stream) {
+    if (!doc.ExtraChecks()) return;
     const pdfObject* length = DictGet(stream->dict, "Length");
     if (!length || length->tag != kTagInt) return;
     const std::int64_t n = static_cast<const pdfInt*>(length)->value;
     if (n < 0)
-        Report(doc, "Stream Length %lld is not valid", static_cast<long long>(n));
+        ReportExtra(doc, "Stream Length %lld is not valid", static_cast<long long>(n));
     else if (stream->dataPos + n > static_cast<std::int64_t>(doc.FileSize()))
-        Report(doc, "Stream Length %lld goes beyond the end of the file", static_cast<long long>(n));
+        ReportExtra(doc, "Stream Length %lld goes beyond the end of the file", static_cast<long long>(n));
 }
 
 // Builds the index of an object stream; false when the stream cannot serve as one.
@@ -134,9 +135,11 @@ pdfObject* LoadObject(pdfDocument& doc, XrefEntry* entry) {
     if (doc.Security()) doc.Security()->SetCurrentObject(entry->Id());
     if (entry->Compressed()) return ReadFromObjectStream(doc, entry);
 
-    if (entry->offset >= doc.FileSize()) {
+    if (entry->offset >= doc.FileSize() && doc.ExtraChecks()) {
         // Nothing can ever be read there: say so once and keep the entry as an empty one.
-        Report(doc, "Object offset %u is beyond the end of the file", static_cast<unsigned>(entry->offset));
+        // Otherwise the header read below finds no data and fails without a word.
+        ReportExtra(doc, "Object offset %u is beyond the end of the file",
+                    static_cast<unsigned>(entry->offset));
         doc.NoteLoaded(entry);
         return nullptr;
     }
@@ -181,7 +184,7 @@ bool ReadObjStmHeader(pdfDocument& doc, ObjStmIndex& index) {
     std::uint32_t previous = 0;
     for (std::uint32_t i = 0; i < index.n; ++i) {
         if (!ReadToken(source, num) || !ReadToken(source, off)) {
-            Report(doc, "N is %u, but the object stream lists only %u", index.n, i);
+            ReportExtra(doc, "N is %u, but the object stream lists only %u", index.n, i);
             break;
         }
         auto offset = static_cast<std::uint32_t>(TokenToLong(off));
@@ -309,7 +312,8 @@ pdfObject* ReadFromObjectStream(pdfDocument& doc, XrefEntry* entry) {
     ObjStmIndex& index = *stream->objStmIndex;
     const ObjStmIndex::Item* item = index.FindFirst(entry->num);
     if (!item) {
-        Report(doc, "Object %d %d R is not listed in its object stream", static_cast<int>(entry->num), entry->gen);
+        ReportExtra(doc, "Object %d %d R is not listed in its object stream", static_cast<int>(entry->num),
+                    entry->gen);
         doc.NoteLoaded(entry);
         return nullptr;
     }
@@ -324,8 +328,8 @@ pdfObject* ReadFromObjectStream(pdfDocument& doc, XrefEntry* entry) {
         entry->length = end > item->offset ? end - item->offset : 0;
     }
     if (item->offset >= index.data->Size())
-        Report(doc, "Object %d %d R starts beyond the end of its object stream", static_cast<int>(entry->num),
-               entry->gen);
+        ReportExtra(doc, "Object %d %d R starts beyond the end of its object stream",
+                    static_cast<int>(entry->num), entry->gen);
     const std::uint64_t available = index.data->Size() > item->offset ? index.data->Size() - item->offset : 0;
     if (!doc.TakeObjStmObjectBytes(std::min<std::uint64_t>(entry->length, available))) {
         Report(doc, "Object %d %d R is not read: objects in object streams exceed %llu bytes",

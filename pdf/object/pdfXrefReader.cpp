@@ -200,7 +200,11 @@ ivStatus ReadXrefStream(pdfDocument& doc, XrefSection& section, pdfStream* strea
     // Deliberately no check of W's length: missing elements read as numbers that are not there.
     for (std::uint32_t i = 0; i < 3; ++i)
         widths.w[i] = ReadIntegerOrZero(doc, i < wa->count ? wa->Items()[i] : nullptr);
-    if (widths.w[0] > 4 || widths.w[1] > 4 || widths.w[2] > 4 || widths.Total() == 0) {
+    // Fields are numbers of up to four bytes; wider ones are refused in any case. Widths that
+    // add up to nothing give entries out of no data (each at offset 0), as the format says,
+    // unless the extra checks refuse them too.
+    const bool tooWide = widths.w[0] > 4 || widths.w[1] > 4 || widths.w[2] > 4;
+    if (tooWide || (widths.Total() == 0 && doc.ExtraChecks())) {
         Report(doc, "W [%d %d %d] is not supported", static_cast<int>(widths.w[0]),
                static_cast<int>(widths.w[1]), static_cast<int>(widths.w[2]));
         return kOk;
@@ -310,7 +314,8 @@ ivStatus ReadSection(pdfDocument& doc, XrefSection& section, std::uint32_t offse
     section.hasList = true;
     section.offset = offset;
     if (offset >= doc.FileSize()) {
-        Report(doc, "XREF table is not found: the offset is beyond the end of the file");
+        // Nothing is read there either way; the standard report just says nothing.
+        ReportExtra(doc, "XREF table is not found: the offset is beyond the end of the file");
         return kOk;
     }
     pdfParser source(&doc, doc.File(), offset);
@@ -348,7 +353,8 @@ void ApplyTrailer(XrefSection& section, pdfDocument& doc, const pdfObject* dict)
             // Recorded, not followed; a value that is no position in the file is still wrong.
             GetIntegerChecked(doc, p.value, &section.xrefStm);
             if (section.xrefStm >= doc.FileSize())
-                Report(doc, "XRefStm %d is not an offset in the file", static_cast<int>(section.xrefStm));
+                ReportExtra(doc, "XRefStm %d is not an offset in the file",
+                            static_cast<int>(section.xrefStm));
         } else if (std::strcmp(k, "Size") == 0) {
             GetIntegerChecked(doc, p.value, &section.size);
         } else if (std::strcmp(k, "Prev") == 0) {
@@ -372,6 +378,7 @@ void ApplyTrailer(XrefSection& section, pdfDocument& doc, const pdfObject* dict)
 }
 
 void CheckTrailerSizes(pdfDocument& doc) {
+    if (!doc.ExtraChecks()) return;
     std::uint32_t highest = 0;
     for (const auto& s : doc.Sections()) {
         // A hybrid file's stream section is not read, so its objects can't be counted here.
@@ -380,8 +387,8 @@ void CheckTrailerSizes(pdfDocument& doc) {
     }
     for (const auto& s : doc.Sections())
         if (s->size > std::uint64_t(highest) + 1)
-            Report(doc, "Size %u is larger than the highest object number + 1 (%u)", static_cast<unsigned>(s->size),
-                   static_cast<unsigned>(highest + 1));
+            ReportExtra(doc, "Size %u is larger than the highest object number + 1 (%u)",
+                        static_cast<unsigned>(s->size), static_cast<unsigned>(highest + 1));
 }
 
 void ComputeLengths(pdfDocument& doc) {

@@ -16,7 +16,8 @@ ivStatus ReadStartXref(pdfDocument& doc, XrefSection** newest);
 ivStatus ReadSection(pdfDocument& doc, XrefSection& section, std::uint32_t offset);
 // Stores the trailer keys of `dict` in the section.
 void ApplyTrailer(XrefSection& section, pdfDocument& doc, const pdfObject* dict);
-// Gives every in-file entry the extent up to the next object or section.
-// Reports a trailer Size beyond the highest object number the sections list.
+// With the extra checks on, reports a trailer Size beyond the highest object number the
+// sections list.
 void CheckTrailerSizes(pdfDocument& doc);
+// Gives every in-file entry the extent up to the next object or section.
 void ComputeLengths(pdfDocument& doc);

@@ -60,3 +60,29 @@ std::string ReadTestFile(const std::string& relativePath) {
     s << in.rdbuf();
     return s.str();
 }
+
+// LZW codes (EarlyChange 1) that never clear the table: a run of codes each naming the entry
+// just made, so strings grow by a byte per code until the table is full, then `repeats` more
+// codes naming the longest string the 12-bit codes reach.
+std::string LzwWithoutClearCodes(std::size_t repeats) {
+    std::string out;
+    std::uint64_t acc = 0;
+    int bits = 0, width = 9;
+    std::uint32_t nextFree = 258, threshold = 510;
+    bool first = true;
+    auto put = [&](std::uint32_t code) {
+        acc = acc << width | code;
+        for (bits += width; bits >= 8; bits -= 8) out += static_cast<char>(acc >> (bits - 8));
+        if (first) {
+            first = false;
+        } else if (nextFree < 5119 && ++nextFree > threshold && width < 12) {
+            ++width;
+            threshold = (1u << width) - 2;
+        }
+    };
+    put('A');
+    while (nextFree <= 4095) put(nextFree);
+    for (std::size_t i = 0; i < repeats; ++i) put(4095);
+    if (bits) out += static_cast<char>(acc << (8 - bits));
+    return out;
+}

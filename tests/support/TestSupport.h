@@ -26,3 +26,7 @@ std::unique_ptr<pdfDocument> DocFromBytes(const std::string& bytes, ivIOControl*
 // Contents of a file under tests/data.
 std::string ReadTestFile(const std::string& relativePath);
 std::string TestDataPath(const std::string& relativePath);
+
+// LZW codes (EarlyChange 1) that fill the table without ever clearing it, then `repeats` more
+// codes naming its longest string.
+std::string LzwWithoutClearCodes(std::size_t repeats);

@@ -33,17 +33,24 @@ TEST(DocInfo, ReadsTheNewestTrailersInfo) {
         // qpdf keeps the line end of "Two<LF>lines" as LF; the lexer stores it as CR.
         {"info-literal.pdf", Fields{"Plain title", "Escapes: (paren) back\\slash tab\tend", "Two\rlines",
                                     "octal AB and \n escaped", "Line continued", ""}},
+        // \b, \f, the octal \18 (1 x 8 + 8) and \0 give bytes that PDFDocEncoding leaves
+        // undefined: each keeps its own code point.
+        {"info-control-escapes.pdf", Fields{std::string("a\bb\fc\x10"
+                                                        "d\0e",
+                                                        9),
+                                            kNone, kNone, kNone, kNone, kNone}},
         {"info-hex.pdf", Fields{"Hello, world", "Jos\u00E9", "\u2022\uFB01\u20AC", "", kNone, kNone}},
         // Keywords and Creator hold a surrogate without its partner: qpdf drops the first and
         // turns the second into U+0200. Producer is little-endian after FF FE.
         {"info-utf16.pdf", Fields{"H\u00E9llo", "Anne", "Smile:\U0001F600", "\uFFFDA", "\uFFFDA", "LE"}},
-        // Creator: 0x01 (qpdf: U+0001), 0x7F, 0x9F and 0xAD are undefined.
+        // Creator: 0x01, 0x7F, 0x9F and 0xAD are undefined and keep their own code points (as
+        // qpdf gives U+0001).
         {"info-pdfdoc.pdf",
          Fields{"\u02D8\u02C7\u02C6\u02D9\u02DD\u02DB\u02DA\u02DC",
                 "\u2022\u2020\u2021\u2026\u2014\u2013\u0192\u2044\u2039\u203A\u2212\u2030\u201E\u201C\u201D"
                 "\u2018",
                 "\u2019\u201A\u2122\uFB01\uFB02\u0141\u0152\u0160\u0178\u017D\u0131\u0142\u0153\u0161\u017E",
-                "\u20AC\u00A1\u00AC\u00AE\u00E9\u00FF", "\uFFFD\uFFFD\uFFFD\uFFFD", "Caf\u00E9 cr\u00E8me"}},
+                "\u20AC\u00A1\u00AC\u00AE\u00E9\u00FF", "\u0001\u007F\u009F\u00AD", "Caf\u00E9 cr\u00E8me"}},
         {"info-direct.pdf", Fields{"Direct", kNone, kNone, kNone, kNone, "In the trailer"}},
         {"info-missing-object.pdf", std::nullopt},
         {"info-not-dictionary.pdf", std::nullopt},
@@ -87,7 +94,7 @@ TEST(DocInfo, TextOfSingleValues) {
         {unicode(u"\x0041\xFEFF"), "A\uFEFF"},                 // a mark inside the text is a character
         // Too short for the lexer to make a UNICODE String: the mark is read as PDFDocEncoding.
         {bytes(kTagString, "\xFE\xFF"), "\u00FE\u00FF"},
-        {bytes(kTagString, std::string("a\0b", 3)), "a\uFFFDb"},
+        {bytes(kTagString, std::string("a\0b", 3)), std::string("a\0b", 3)},  // no byte is lost
         {bytes(kTagName, "\xA0"), "\u20AC"},
         {NewInt(arena, 7), std::nullopt},
         {nullptr, std::nullopt},

@@ -192,6 +192,7 @@ TEST(CcittFaxDecode, ReadsParametersInDictionaryOrder) {
     for (const auto& c : cases) {
         RecordingControl ctl;
         auto doc = DocFromBytes("", &ctl);
+        doc->SetExtraChecks(true);  // so that the K in force shows when it is not decoded
         pdfParser src(doc.get(), MemStream(c.params), 0);
         ObjList list;
         ASSERT_TRUE(Succeeded(ParseObjects(*doc, src, list, 0))) << c.params;

@@ -5,9 +5,10 @@
 #include "platform/ivFileStream.h"
 #include "platform/ivFormat.h"
 
-OpenedFixture::OpenedFixture(const std::string& name) : m_bytes(ReadTestFile(name)) {
+OpenedFixture::OpenedFixture(const std::string& name, bool extraChecks) : m_bytes(ReadTestFile(name)) {
     ivRef<ivStream> file = ivFileStream::Open(TestDataPath(name));
     m_doc = std::make_unique<ivPdf>(file, name, &m_control);
+    m_doc->SetExtraChecks(extraChecks);
     if (!file) {
         m_status = kFail;
         return;

