@@ -1,6 +1,7 @@
 #include "platform/ivFormat.h"
 
 #include <cstdio>
+#include <iterator>
 
 std::string ivVFormat(const char* format, std::va_list args) {
     char buffer[kMaxFormatted + 1];
@@ -117,4 +118,28 @@ std::string ivUtf8ToCodePage(const std::string& text) {
         out += byte;
     }
     return out;
+}
+
+std::string FormatThousands(std::uint64_t value) {
+    std::string digits = std::to_string(value);
+    std::string out;
+    for (std::size_t i = 0; i < digits.size(); ++i) {
+        if (i > 0 && (digits.size() - i) % 3 == 0) out += ',';
+        out += digits[i];
+    }
+    return out;
+}
+
+std::string FormatSizeEx(std::uint64_t bytes) {
+    if (bytes < 1024) return FormatThousands(bytes) + " bytes";
+    static const char* const kUnits[] = {"KB", "MB", "GB", "TB", "PB", "EB"};
+    double value = static_cast<double>(bytes) / 1024;
+    std::size_t unit = 0;
+    // A value that would round up to 1000 is shown in the next unit.
+    while (value >= 999.5 && unit + 1 < std::size(kUnits)) {
+        value /= 1024;
+        ++unit;
+    }
+    const int decimals = value < 9.995 ? 2 : value < 99.95 ? 1 : 0;
+    return ivFormat("%.*f %s", decimals, value, kUnits[unit]) + " (" + FormatThousands(bytes) + " bytes)";
 }

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdarg>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -31,3 +32,10 @@ std::string ivUtf8ToCodePage(const std::string& text);
 void ivAppendUtf8(std::string& out, char32_t codePoint);
 // UTF-16 as UTF-8: surrogate pairs joined, a lone half of a pair as U+FFFD.
 std::string ivUtf16ToUtf8(std::u16string_view units);
+
+// A file size for people: "812 bytes" below a kilobyte, else the size in KB, MB, GB or TB
+// (units of 1024) to three significant digits followed by the exact count, "1.25 MB
+// (1,310,720 bytes)". The status bar and the properties page show the same text.
+std::string FormatSizeEx(std::uint64_t bytes);
+// Digits in groups of three: 1310720 → "1,310,720".
+std::string FormatThousands(std::uint64_t value);
