@@ -44,7 +44,7 @@ void ivRecentFiles::Save(ivRecentStore& store) {
 void ivRecentFiles::Add(const std::string& path) {
     if (path.empty()) return;
     auto found = std::find_if(m_entries.begin(), m_entries.end(), [&](const Entry& e) { return e.path == path; });
-    if (found == m_entries.begin()) return;
+    if (found != m_entries.end() && found == m_entries.begin()) return;
     if (found != m_entries.end()) {
         std::rotate(m_entries.begin(), found, found + 1);
     } else {
