@@ -36,7 +36,9 @@ CKeysDialog::CKeysDialog(const ivCommandTable& table, QWidget* parent) : QDialog
     m_list->setRootIsDecorated(false);
     m_list->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_list->setAllColumnsShowFocus(true);
-    m_list->header()->setStretchLastSection(false);
+    // The description takes the rest of the list's width.
+    m_list->header()->setStretchLastSection(true);
+    m_list->setColumnWidth(0, kKeyColumnWidth);
     for (const ivCommandInfo& c : table.Commands()) {
         if (c.keys.empty()) continue;
         const std::string what = c.hint.empty() ? PlainText(c) : c.hint;
@@ -48,10 +50,4 @@ CKeysDialog::CKeysDialog(const ivCommandTable& table, QWidget* parent) : QDialog
     layout->addWidget(m_list);
     layout->addWidget(buttons);
     resize(420, 360);
-}
-
-void CKeysDialog::resizeEvent(QResizeEvent* event) {
-    QDialog::resizeEvent(event);
-    m_list->setColumnWidth(0, kKeyColumnWidth);
-    m_list->setColumnWidth(1, std::max(0, m_list->viewport()->width() - kKeyColumnWidth - 2));
 }

@@ -12,9 +12,6 @@ public:
     CKeysDialog(const ivCommandTable& table, QWidget* parent = nullptr);
     QTreeWidget* List() const { return m_list; }
 
-protected:
-    void resizeEvent(QResizeEvent* event) override;
-
 private:
     QTreeWidget* m_list;
 };

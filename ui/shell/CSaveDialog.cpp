@@ -37,6 +37,7 @@ CSaveDialog::CSaveDialog(ivPdf& doc, ivSettings& settings, QWidget* parent)
     m_folder->setText(QString::fromStdString(stored.si_Folder));
     auto* browse = new QPushButton("...");
     browse->setToolTip("Browse for folder");
+    browse->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     connect(browse, &QPushButton::clicked, this, &CSaveDialog::Browse);
     auto* folderRow = new QHBoxLayout;
     folderRow->addWidget(m_folder, 1);

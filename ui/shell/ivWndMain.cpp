@@ -244,8 +244,8 @@ void ivWndMain::FillWarnings(QMenu* menu) {
     menu->clear();
     auto* content = new QWidgetAction(menu);
     auto* list = new ivErrorBtn(m_control);
+    // Measured once as it opens; what is unfolded later scrolls inside it.
     list->setFixedSize(list->sizeHint());
-    connect(list->Tree(), &QTreeView::expanded, list, [list] { list->setFixedSize(list->sizeHint()); });
     content->setDefaultWidget(list);
     menu->addAction(content);
     menu->addSeparator();
