@@ -323,8 +323,11 @@ void ivWndMain::dragEnterEvent(QDragEnterEvent* event) {
 }
 
 void ivWndMain::dropEvent(QDropEvent* event) {
-    const QList<QUrl> urls = event->mimeData()->urls();
-    if (urls.isEmpty() || !urls.front().isLocalFile()) return;
-    event->acceptProposedAction();
+    if (OpenDropped(event->mimeData()->urls())) event->acceptProposedAction();
+}
+
+bool ivWndMain::OpenDropped(const QList<QUrl>& urls) {
+    if (urls.isEmpty() || !urls.front().isLocalFile()) return false;
     OpenDocument(urls.front().toLocalFile(), kAddToRecent);  // the first file only
+    return true;
 }

@@ -10,6 +10,7 @@ class QLabel;
 class QMenu;
 class QTabWidget;
 class QToolButton;
+class QUrl;
 class ivBaseTreeFrame;
 class ivCommands;
 class ivSettings;
@@ -38,6 +39,8 @@ public:
     ivStatus OpenDocument(const QString& path, unsigned flags);
     // Shows an object of the current document in a view of the centre group.
     void ShowObject(const pdfObject* object, unsigned flags);
+    // Files dropped on the window: the first one is opened.
+    bool OpenDropped(const QList<QUrl>& urls);
     // Handles a command of the table; others go to the focused widget.
     void OnCommand(const QString& name);
 

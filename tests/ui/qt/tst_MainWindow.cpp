@@ -1,6 +1,7 @@
 #include <QAction>
 #include <QDockWidget>
 #include <QLineEdit>
+#include <QUrl>
 #include <QMenu>
 #include <QMenuBar>
 #include <QSettings>
@@ -121,6 +122,16 @@ private Q_SLOTS:
         // Saved when the window goes.
         QCOMPARE(s.Settings().Store().value("files/MRU/0").toString(), TestFile("classic-good.pdf"));
         QVERIFY(!s.Settings().Store().contains("files/MRU/1"));
+    }
+
+    void droppingFilesOpensTheFirst() {
+        ScratchSettings s;
+        ivWndMain window(s.Settings(), *ivCommands::Instance());
+        QVERIFY(window.OpenDropped({QUrl::fromLocalFile(TestFile("img-gray-8bit.pdf")),
+                                    QUrl::fromLocalFile(TestFile("classic-good.pdf")),
+                                    QUrl::fromLocalFile(TestFile("info-hex.pdf"))}));
+        QCOMPARE(window.windowTitle(), QString("img-gray-8bit.pdf - Vantrel 1.2"));
+        QCOMPARE(window.Session().Recent().Entries().size(), std::size_t(1));
     }
 
     void activeTabChoosesTheFrontPane() {

@@ -30,6 +30,13 @@ public:
     ivPasswordPrompt* PasswordPrompt() override { return nullptr; }
 };
 
+// A session over a recording window and a sink of its own.
+struct SessionFixture {
+    RecordingView view;
+    ivDPFControl control;
+    ivDocSession session{view, control};
+};
+
 std::string Path(const char* name) {
     return TestFile(name).toStdString();
 }
@@ -40,9 +47,8 @@ class tst_Session : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void openShowsStepsThenTheThreeFields() {
-        RecordingView view;
-        ivDPFControl control;
-        ivDocSession session(view, control);
+        SessionFixture f;
+        auto& [view, control, session] = f;
         QCOMPARE(session.OpenDocument(Path("classic-good.pdf"), kAddToRecent), kOk);
         QCOMPARE(view.title, std::string("classic-good.pdf - Vantrel 1.2"));
         QCOMPARE(view.statuses.size(), std::size_t(3));
@@ -62,9 +68,8 @@ private Q_SLOTS:
     }
 
     void anEmptyDocumentHasNoPages() {
-        RecordingView view;
-        ivDPFControl control;
-        ivDocSession session(view, control);
+        SessionFixture f;
+        auto& [view, control, session] = f;
         session.OpenDocument(Path("tree-pages-is-page.pdf"), 0);
         QCOMPARE(view.statuses.back()[2], std::string("0 Pages"));
         QVERIFY(control.MessageCount() > 0);
@@ -72,9 +77,8 @@ private Q_SLOTS:
     }
 
     void aFailedOpenKeepsTheDocumentUnderTheBareTitle() {
-        RecordingView view;
-        ivDPFControl control;
-        ivDocSession session(view, control);
+        SessionFixture f;
+        auto& [view, control, session] = f;
         session.OpenDocument(Path("classic-good.pdf"), kAddToRecent);
         const std::shared_ptr<ivPdf> shown = session.Document();
         const std::string missing = Path("no-such-file.pdf");
@@ -91,9 +95,8 @@ private Q_SLOTS:
         QTemporaryDir dir;
         const QString copy = dir.filePath("gone.pdf");
         QVERIFY(QFile::copy(TestFile("classic-good.pdf"), copy));
-        RecordingView view;
-        ivDPFControl control;
-        ivDocSession session(view, control);
+        SessionFixture f;
+        auto& [view, control, session] = f;
         session.OpenDocument(copy.toStdString(), kAddToRecent);
         session.OpenDocument(Path("img-gray-8bit.pdf"), kAddToRecent);
         session.OpenRecent(session.Recent().Entries()[1].id);  // back to the copy
@@ -116,9 +119,8 @@ private Q_SLOTS:
     }
 
     void reloadMakesANewAnalyserAndItsMessagesAgain() {
-        RecordingView view;
-        ivDPFControl control;
-        ivDocSession session(view, control);
+        SessionFixture f;
+        auto& [view, control, session] = f;
         session.OpenDocument(Path("trailer-unknown-key.pdf"), kAddToRecent);
         const std::shared_ptr<ivPdf> first = session.Document();
         const std::size_t messages = control.MessageCount();
@@ -130,9 +132,8 @@ private Q_SLOTS:
     }
 
     void extraChecksApplyToFilesOpenedAfterwards() {
-        RecordingView view;
-        ivDPFControl control;
-        ivDocSession session(view, control);
+        SessionFixture f;
+        auto& [view, control, session] = f;
         session.OpenDocument(Path("tree-listed-twice.pdf"), 0);
         QCOMPARE(control.MessageCount(), std::size_t(0));
         session.SetExtraChecks(true);
