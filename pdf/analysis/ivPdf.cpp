@@ -173,11 +173,15 @@ void ivPdf::IndexReferrers() {
     m_references.shrink_to_fit();
 }
 
+std::span<const std::uint32_t> ivPdf::ReferrerOrdinals(const XrefEntry* entry) const {
+    if (entry->ordinal + 1 >= m_referrerStart.size()) return {};
+    const std::uint32_t begin = m_referrerStart[entry->ordinal], end = m_referrerStart[entry->ordinal + 1];
+    return {m_referrers.data() + begin, end - begin};
+}
+
 std::vector<XrefEntry*> ivPdf::Referrers(const XrefEntry* entry) const {
     std::vector<XrefEntry*> out;
-    if (entry->ordinal + 1 >= m_referrerStart.size()) return out;
-    for (std::uint32_t i = m_referrerStart[entry->ordinal]; i < m_referrerStart[entry->ordinal + 1]; ++i)
-        out.push_back(AllEntries()[m_referrers[i]]);
+    for (std::uint32_t ordinal : ReferrerOrdinals(entry)) out.push_back(AllEntries()[ordinal]);
     return out;
 }
 

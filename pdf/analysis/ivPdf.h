@@ -40,6 +40,8 @@ public:
 
     // The entries whose objects refer to `entry`'s object, in the order they were met.
     std::vector<XrefEntry*> Referrers(const XrefEntry* entry) const;
+    // The same as ordinals (AllEntries() indices), without making a list.
+    std::span<const std::uint32_t> ReferrerOrdinals(const XrefEntry* entry) const;
 
     // Parsed content streams, kept until the document is closed.
     std::shared_ptr<const std::vector<pdfObject*>> CachedContents(const pdfObject* stream) const {

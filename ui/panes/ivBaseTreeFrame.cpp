@@ -1,15 +1,13 @@
 #include "ui/panes/ivBaseTreeFrame.h"
 
-#include <QTreeView>
-
 #include "pdf/analysis/ivPdf.h"
+#include "ui/panes/ivObjTree.h"
+#include "ui/panes/ivObjectTreeModel.h"
 
 ivBaseTreeFrame::ivBaseTreeFrame(const QString& caption, const QString& objectName, QWidget* parent)
-    : QDockWidget(caption, parent), m_tree(new QTreeView) {
+    : QDockWidget(caption, parent), m_model(new ivObjectTreeModel), m_tree(new ivObjTree(m_model)) {
     setObjectName(objectName);
     setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);
-    m_tree->setHeaderHidden(true);
-    m_tree->setUniformRowHeights(true);
     m_tree->setObjectName(objectName + "Tree");
     setWidget(m_tree);
 }
@@ -20,8 +18,7 @@ void ivBaseTreeFrame::SetContent(QWidget* content) {
 
 void ivBaseTreeFrame::SetDocument(std::shared_ptr<ivPdf> doc) {
     if (doc == m_doc) return;
-    Empty();
+    m_model->Clear();
     m_doc = std::move(doc);
     if (m_doc) Fill();
-    m_tree->viewport()->update();
 }

@@ -2,7 +2,8 @@
 #include <QDockWidget>
 #include <memory>
 
-class QTreeView;
+class ivObjTree;
+class ivObjectTreeModel;
 class ivPdf;
 
 // A navigation pane of the main window: a dockable frame whose tree fills it, showing the
@@ -16,17 +17,17 @@ public:
     // Empties the tree and, with a document, fills it again; nothing when it shows this one.
     void SetDocument(std::shared_ptr<ivPdf> doc);
     const std::shared_ptr<ivPdf>& Document() const { return m_doc; }
-    QTreeView* Tree() const { return m_tree; }
+    ivObjTree* Tree() const { return m_tree; }
+    ivObjectTreeModel* Model() const { return m_model; }
 
 protected:
-    // Fills the tree from Document(); the base shows nothing.
-    virtual void Fill() {}
-    // Drops whatever the tree shows.
-    virtual void Empty() {}
+    // Fills the tree from Document().
+    virtual void Fill() = 0;
     // Puts `content` (the tree with whatever goes above it) into the frame.
     void SetContent(QWidget* content);
 
 private:
-    QTreeView* m_tree;
+    ivObjectTreeModel* m_model;  // owned by the tree
+    ivObjTree* m_tree;
     std::shared_ptr<ivPdf> m_doc;
 };

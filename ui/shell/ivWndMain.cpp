@@ -24,8 +24,11 @@
 
 #include "pdf/analysis/ivPdf.h"
 #include "pdf/analysis/ivSessionTexts.h"
+#include "pdf/object/pdfRoleCodes.h"
 #include "ui/panes/ivBaseTreeFrame.h"
 #include "ui/panes/ivErrorBtn.h"
+#include "ui/panes/ivObjTree.h"
+#include "ui/panes/ivTreeFrames.h"
 #include "ui/panes/ivXREFFrame.h"
 #include "ui/shell/CAboutDialog.h"
 #include "ui/shell/CInfoDlg.h"
@@ -84,8 +87,20 @@ ivWndMain::~ivWndMain() {
 
 void ivWndMain::BuildPanes() {
     m_xref = new ivXREFFrame(this);
-    m_left = {new ivBaseTreeFrame("Document Tree", "treeFrame", this), new ivBaseTreeFrame("Pages", "pageFrame", this),
-              new ivBaseTreeFrame("Fonts", "fontFrame", this), new ivBaseTreeFrame("Images", "imageFrame", this)};
+    m_left = {new ivTreeFrame(this), new ivPageFrame(this), new ivRoleFrame("Fonts", "fontFrame", kRoleFont, this),
+              new ivRoleFrame("Images", "imageFrame", kRoleImage, this)};
+    for (ivBaseTreeFrame* frame : {static_cast<ivBaseTreeFrame*>(m_xref), m_left[0], m_left[1], m_left[2], m_left[3]}) {
+        ivObjTree* tree = frame->Tree();
+        connect(tree, &ivObjTree::ShowRequested, this, &ivWndMain::ShowObject);
+        connect(tree, &ivObjTree::LocateRequested, this, [this](unsigned num, unsigned gen) {
+            ActivateFrame(m_xref, m_xref->Tree());
+            m_xref->Locate(num, gen);
+        });
+        connect(tree, &ivObjTree::FilterRequested, this, [this](const QString& text) {
+            ActivateFrame(m_xref, m_xref->Tree());
+            m_xref->Filter(text);
+        });
+    }
     setDockNestingEnabled(false);
     setTabPosition(Qt::LeftDockWidgetArea, QTabWidget::North);
     for (ivBaseTreeFrame* frame : m_left) {

@@ -13,6 +13,7 @@
 #include "UiTest.h"
 #include "pdf/analysis/ivPdf.h"
 #include "ui/panes/ivBaseTreeFrame.h"
+#include "ui/panes/ivObjTree.h"
 #include "ui/panes/ivXREFFrame.h"
 #include "ui/shell/ivCommands.h"
 #include "ui/shell/ivWndMain.h"
