@@ -250,6 +250,7 @@ QModelIndex ivObjectTreeModel::index(int row, int column, const QModelIndex& par
     Node* node = NodeOf(parent);
     if (node->kind == Kind::Section && row > 0)
         return createIndex(row, 0, quintptr(ListId(node->section + 1, static_cast<std::uint32_t>(row - 1))));
+    ChildCount(*node);
     return createIndex(row, 0, node->children[static_cast<std::size_t>(row)].get());
 }
 
@@ -269,14 +270,10 @@ int ivObjectTreeModel::rowCount(const QModelIndex& parent) const {
         if (m_mode == Mode::Pages || m_mode == Mode::Entries) return static_cast<int>(ListSize(0));
         return static_cast<int>(m_top.size());
     }
-    const quintptr id = parent.internalId();
-    if (IsListId(id)) {
-        auto found = m_rowNodes.find(id);
-        return found != m_rowNodes.end() ? static_cast<int>(found->second->children.size()) : 0;
-    }
-    const Node* node = reinterpret_cast<Node*>(id);
+    Node* node = NodeOf(parent);
     if (node->kind == Kind::Section) return 1 + static_cast<int>(ListSize(node->section + 1));
-    return static_cast<int>(node->children.size());
+    if (!hasChildren(parent)) return 0;
+    return static_cast<int>(ChildCount(*node));
 }
 
 int ivObjectTreeModel::columnCount(const QModelIndex&) const {
@@ -303,31 +300,18 @@ bool ivObjectTreeModel::hasChildren(const QModelIndex& parent) const {
     return false;
 }
 
-bool ivObjectTreeModel::canFetchMore(const QModelIndex& parent) const {
-    if (!parent.isValid()) return false;
-    const Node* node = NodeOf(parent);
-    return node->kind != Kind::Section && !node->fetched && hasChildren(parent);
-}
-
-void ivObjectTreeModel::fetchMore(const QModelIndex& parent) {
-    Node* node = NodeOf(parent);
-    if (!node || node->fetched) return;
-    Node made;
-    made.parent = node->parent;
-    made.kind = node->kind;
-    made.section = node->section;
-    made.entry = node->entry;
-    made.value = node->value;
-    MakeChildren(made);
-    node->fetched = true;
-    if (made.children.empty()) return;
-    beginInsertRows(parent, 0, static_cast<int>(made.children.size()) - 1);
-    node->children = std::move(made.children);
-    for (std::size_t i = 0; i < node->children.size(); ++i) {
-        node->children[i]->parent = node;
-        node->children[i]->row = static_cast<int>(i);
+// Children are made the first time they are counted: the view counts only the rows of items
+// it shows unfolded, so nothing is made before an item unfolds.
+std::size_t ivObjectTreeModel::ChildCount(Node& node) const {
+    if (!node.fetched) {
+        node.fetched = true;
+        MakeChildren(node);
+        for (std::size_t i = 0; i < node.children.size(); ++i) {
+            node.children[i]->parent = &node;
+            node.children[i]->row = static_cast<int>(i);
+        }
     }
-    endInsertRows();
+    return node.children.size();
 }
 
 // ---- children ------------------------------------------------------------------------------------

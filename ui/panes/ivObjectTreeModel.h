@@ -19,7 +19,8 @@ struct pdfStream;
 // (XREF table). Rows that stand for pages or entries are not objects of their own: their
 // index says which row of which list they are, so a section of a million entries costs
 // nothing until a row is unfolded. Unfolded rows and object items below them are nodes made
-// on demand. Texts, icons and hints come from the core.
+// when first counted, which the view does when it unfolds them. Texts, icons and hints come
+// from the core.
 class ivObjectTreeModel : public QAbstractItemModel {
     Q_OBJECT
 public:
@@ -63,8 +64,6 @@ public:
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
     bool hasChildren(const QModelIndex& parent = {}) const override;
-    bool canFetchMore(const QModelIndex& parent) const override;
-    void fetchMore(const QModelIndex& parent) override;
     QVariant data(const QModelIndex& index, int role) const override;
 
 private:
@@ -79,6 +78,7 @@ private:
     XrefEntry* ListEntry(std::uint32_t group, std::uint32_t row) const;
     QModelIndex IndexOfNode(const Node* node) const;
     void MakeChildren(Node& node) const;
+    std::size_t ChildCount(Node& node) const;
     void AddObjectChildren(Node& node, const pdfObject* value) const;
     bool Searched(const Node& node) const;
     bool Contains(const pdfObject* value, int depth, std::vector<const pdfObject*>& path) const;
