@@ -8,6 +8,9 @@
 
 namespace {
 
+void AddMessage(const pdfDocument& doc, const pdfParser* source, const char* format, std::va_list args)
+    IV_PRINTF(3, 0);
+
 void AddMessage(const pdfDocument& doc, const pdfParser* source, const char* format, std::va_list args) {
     std::string text = ivVFormat(format, args);
     std::uint32_t pos = 0;
