@@ -91,6 +91,7 @@ void ivObjectTreeModel::Reset(Mode mode, std::shared_ptr<ivPdf> doc) {
     m_rowNodes.clear();
     m_filter.reset();
     m_matches = {};
+    m_expandable.clear();
     endResetModel();
 }
 
@@ -133,6 +134,14 @@ void ivObjectTreeModel::ShowSections(std::shared_ptr<ivPdf> doc) {
     Reset(Mode::Sections, std::move(doc));
     if (!m_doc) return;
     beginResetModel();
+    // Whether each entry unfolds, one bit an entry: the view asks it of every row of a section
+    // it unfolds, and looking at a million objects one by one then would take too long.
+    m_expandable.resize(m_doc->Sections().size());
+    for (std::size_t s = 0; s < m_doc->Sections().size(); ++s) {
+        const auto& entries = m_doc->Sections()[s]->entries;
+        m_expandable[s].resize(entries.size());
+        for (std::size_t i = 0; i < entries.size(); ++i) m_expandable[s][i] = IsExpandable(LoadObject(*m_doc, entries[i]));
+    }
     const auto& sections = m_doc->Sections();
     for (std::size_t s = 0; s < sections.size(); ++s) {
         auto node = std::make_unique<Node>();
@@ -229,6 +238,29 @@ ivObjectTreeModel::Node* ivObjectTreeModel::NodeOf(const QModelIndex& index) con
     return reinterpret_cast<Node*>(id);
 }
 
+ivObjectTreeModel::Item ivObjectTreeModel::ItemOf(const QModelIndex& index) const {
+    Item item;
+    if (!index.isValid()) return item;
+    const quintptr id = index.internalId();
+    if (!IsListId(id)) {
+        item.node = reinterpret_cast<Node*>(id);
+        item.kind = item.node->kind;
+        item.entry = item.node->entry;
+        item.page = item.node->page;
+        return item;
+    }
+    // A list row is read from the list itself; its node, if it was ever made, is not needed.
+    const std::uint32_t group = GroupOf(id), row = RowOf(id);
+    if (m_mode == Mode::Pages && group == 0) {
+        item.kind = Kind::Page;
+        item.page = row;
+    } else {
+        item.kind = Kind::Entry;
+        item.entry = ListEntry(group, row);
+    }
+    return item;
+}
+
 QModelIndex ivObjectTreeModel::IndexOfNode(const Node* node) const {
     if (!node) return {};
     if (node->listRow) {
@@ -282,8 +314,14 @@ int ivObjectTreeModel::columnCount(const QModelIndex&) const {
 
 bool ivObjectTreeModel::hasChildren(const QModelIndex& parent) const {
     if (!parent.isValid()) return rowCount(parent) > 0;
-    const Node* node = NodeOf(parent);
-    switch (node->kind) {
+    if (const quintptr id = parent.internalId(); IsListId(id) && GroupOf(id) > 0) {
+        // A section's row: one bit, without touching the entry.
+        const std::size_t s = GroupOf(id) - 1;
+        const std::uint32_t row = RowOf(id);
+        return m_expandable[s][m_filter ? m_matches.rows[s][row] : row];
+    }
+    const Item item = ItemOf(parent);
+    switch (item.kind) {
         case Kind::Section:
         case Kind::Trailer:
         case Kind::XrefStream:
@@ -292,10 +330,10 @@ bool ivObjectTreeModel::hasChildren(const QModelIndex& parent) const {
         case Kind::StreamData:
             return false;
         case Kind::Entry:
-            return IsExpandable(LoadObject(*m_doc, node->entry));
+            return IsExpandable(LoadObject(*m_doc, item.entry));
         case Kind::Object:
         case Kind::Catalog:
-            return IsExpandable(node->value);
+            return IsExpandable(item.node->value);
     }
     return false;
 }
@@ -420,25 +458,23 @@ void ivObjectTreeModel::AddObjectChildren(Node& node, const pdfObject* value) co
 // ---- what an item says ---------------------------------------------------------------------------
 
 ivObjectTreeModel::Kind ivObjectTreeModel::KindOf(const QModelIndex& index) const {
-    const Node* node = NodeOf(index);
-    return node ? node->kind : Kind::Object;
+    return ItemOf(index).kind;
 }
 
 XrefEntry* ivObjectTreeModel::EntryOf(const QModelIndex& index) const {
-    const Node* node = NodeOf(index);
-    return node ? node->entry : nullptr;
+    return ItemOf(index).entry;
 }
 
 const pdfObject* ivObjectTreeModel::ValueOf(const QModelIndex& index) const {
-    const Node* node = NodeOf(index);
-    if (!node) return nullptr;
-    if (node->kind == Kind::Entry) return LoadObject(*m_doc, node->entry);
-    return node->value;
+    const Item item = ItemOf(index);
+    if (item.kind == Kind::Entry) return item.entry ? LoadObject(*m_doc, item.entry) : nullptr;
+    if (item.kind == Kind::Page) return m_doc->Pages()[item.page]->Object();
+    return item.node ? item.node->value : nullptr;
 }
 
 const pdfObject* ivObjectTreeModel::ObjectToShow(const QModelIndex& index) const {
-    const Node* node = NodeOf(index);
-    if (!node || node->kind == Kind::Section || node->kind == Kind::Trailer) return nullptr;
+    const Kind kind = ItemOf(index).kind;
+    if (!index.isValid() || kind == Kind::Section || kind == Kind::Trailer) return nullptr;
     const pdfObject* value = ValueOf(index);
     for (int hops = 0; value && value->tag == kTagIndirect && hops < kLongestChain; ++hops)
         value = ResolveRef(*m_doc, static_cast<const pdfRef*>(value)->Id());
@@ -446,44 +482,44 @@ const pdfObject* ivObjectTreeModel::ObjectToShow(const QModelIndex& index) const
 }
 
 QString ivObjectTreeModel::TextOf(const QModelIndex& index) const {
-    Node* node = NodeOf(index);
-    if (!node) return {};
-    switch (node->kind) {
+    const Item item = ItemOf(index);
+    if (!index.isValid()) return {};
+    switch (item.kind) {
         case Kind::Entry:
-            return Utf8(EntryItemText(*m_doc, *node->entry));
+            return Utf8(EntryItemText(*m_doc, *item.entry));
         case Kind::Page:
-            return Utf8(PageItemText(node->page, *m_doc->Pages()[node->page]).text);
+            return Utf8(PageItemText(item.page, *m_doc->Pages()[item.page]).text);
         default:
-            return Utf8(node->text);
+            return Utf8(item.node->text);
     }
 }
 
 QString ivObjectTreeModel::HintOf(const QModelIndex& index) const {
-    const Node* node = NodeOf(index);
-    if (!node) return {};
-    switch (node->kind) {
+    const Item item = ItemOf(index);
+    if (!index.isValid()) return {};
+    switch (item.kind) {
         case Kind::Section:
-            return Utf8(SectionItemHint(*m_doc->Sections()[node->section]));
+            return Utf8(SectionItemHint(*m_doc->Sections()[item.node->section]));
         case Kind::Trailer:
             return {};
         case Kind::Entry:
-            return Utf8(EntryItemHint(*m_doc, *node->entry));
+            return Utf8(EntryItemHint(*m_doc, *item.entry));
         case Kind::StreamData:
-            return Utf8(StreamDataHint(*static_cast<const pdfStream*>(node->value)));
+            return Utf8(StreamDataHint(*static_cast<const pdfStream*>(item.node->value)));
         default:
-            return Utf8(ObjectItemHint(*m_doc, node->value));
+            return Utf8(ObjectItemHint(*m_doc, ValueOf(index)));
     }
 }
 
 QVariant ivObjectTreeModel::Icon(const QModelIndex& index) const {
-    const Node* node = NodeOf(index);
-    switch (node->kind) {
+    const Item item = ItemOf(index);
+    switch (item.kind) {
         case Kind::Entry:
-            return TreeIcon(EntryItemIcon(*m_doc, *node->entry), false);
+            return TreeIcon(EntryItemIcon(*m_doc, *item.entry), false);
         case Kind::Page:
-            return TreeIcon(PageItemText(node->page, *m_doc->Pages()[node->page]).icon, false);
+            return TreeIcon(PageItemText(item.page, *m_doc->Pages()[item.page]).icon, false);
         default:
-            return TreeIcon(node->icon, node->unresolved);
+            return TreeIcon(item.node->icon, item.node->unresolved);
     }
 }
 
@@ -499,7 +535,7 @@ QVariant ivObjectTreeModel::data(const QModelIndex& index, int role) const {
         case KindRole:
             return static_cast<int>(KindOf(index));
         case UnresolvedRole:
-            return NodeOf(index)->unresolved;
+            return ItemOf(index).node ? ItemOf(index).node->unresolved : false;
         default:
             return {};
     }

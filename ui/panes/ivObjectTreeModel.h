@@ -70,7 +70,17 @@ private:
     struct Node;
     enum class Mode { Empty, Catalog, Pages, Entries, Sections };
 
+    // What an index stands for, read without making a node for a list row.
+    struct Item {
+        Kind kind = Kind::Object;
+        XrefEntry* entry = nullptr;
+        std::size_t page = 0;
+        Node* node = nullptr;  // null for a list row
+    };
+
     void Reset(Mode mode, std::shared_ptr<ivPdf> doc);
+    Item ItemOf(const QModelIndex& index) const;
+    // The node of an index, made for a list row the first time (to hold its children).
     Node* NodeOf(const QModelIndex& index) const;
     // The node of a list row, made the first time it is needed.
     Node* Materialize(std::uint32_t group, std::uint32_t row) const;
@@ -90,6 +100,7 @@ private:
     std::vector<XrefEntry*> m_entries;         // Entries mode
     std::optional<ivXrefFilter> m_filter;
     ivXrefMatches m_matches;
+    std::vector<std::vector<bool>> m_expandable;  // per section, per entry: whether it unfolds
     // Nodes of list rows that were unfolded or asked for, by (group, row).
     mutable std::unordered_map<std::uint64_t, std::unique_ptr<Node>> m_rowNodes;
 };
