@@ -7,6 +7,7 @@
 #include "pdf/analysis/ivPdf.h"
 #include "pdf/analysis/ivXrefFilter.h"
 #include "pdf/analysis/ivXrefItems.h"
+#include "pdf/analysis/pdfPageTree.h"
 #include "pdf/object/pdfObjectAccess.h"
 #include "platform/ivMemStream.h"
 #include "support/PdfBuilder.h"
@@ -85,6 +86,13 @@ TEST(TreeItems, ObjectItemTextsAndIcons) {
     const ivItemText page = PageItemText(0, *(*d).Pages()[0]);
     EXPECT_EQ(page.text, "Page 1,  A4");
     EXPECT_EQ(page.icon, kIconPage);
+    // A landscape A4 page still reads A4, with the landscape icon; a square one is upright.
+    pdfPage landscape(nullptr, {}, nullptr);
+    landscape.mediaBox = {0, 0, 841.9, 595.3};
+    EXPECT_EQ(PageItemText(1, landscape).text, "Page 2,  A4");
+    EXPECT_EQ(PageItemText(1, landscape).icon, kIconLandscapePage);
+    landscape.mediaBox = {0, 0, 500, 500};
+    EXPECT_EQ(PageItemText(1, landscape).icon, kIconPage);
 }
 
 TEST(TreeItems, ObjectHints) {
