@@ -369,13 +369,7 @@ void ivObjectTreeModel::MakeChildren(Node& node) const {
                     if (!value) continue;
                     prefix = ivFormat("%s %u %u R ", key, slot->num, static_cast<unsigned>(slot->gen));
                 }
-                auto child = std::make_unique<Node>();
-                const ivItemText item = ObjectItemText(*m_doc, prefix, value);
-                child->value = value;
-                child->text = item.text;
-                child->icon = item.icon;
-                child->unresolved = item.unresolved;
-                node.children.push_back(std::move(child));
+                AddObjectItem(node, prefix, value);
             }
             break;
         }
@@ -422,20 +416,22 @@ bool ivObjectTreeModel::Contains(const pdfObject* value, int depth, std::vector<
     return found;
 }
 
+void ivObjectTreeModel::AddObjectItem(Node& node, const std::string& prefix, const pdfObject* value) const {
+    auto child = std::make_unique<Node>();
+    const ivItemText item = ObjectItemText(*m_doc, prefix, value);
+    child->value = value;
+    child->text = item.text;
+    child->icon = item.icon;
+    child->unresolved = item.unresolved;
+    node.children.push_back(std::move(child));
+}
+
 void ivObjectTreeModel::AddObjectChildren(Node& node, const pdfObject* value) const {
     // A reference unfolds as what it leads to; chains of them are followed.
     for (int hops = 0; value && value->tag == kTagIndirect && hops < kLongestChain; ++hops)
         value = ResolveRef(*m_doc, static_cast<const pdfRef*>(value)->Id());
     if (!value || value->tag == kTagIndirect) return;
-    auto add = [&](const std::string& prefix, const pdfObject* item) {
-        auto child = std::make_unique<Node>();
-        const ivItemText text = ObjectItemText(*m_doc, prefix, item);
-        child->value = item;
-        child->text = text.text;
-        child->icon = text.icon;
-        child->unresolved = text.unresolved;
-        node.children.push_back(std::move(child));
-    };
+    auto add = [&](const std::string& prefix, const pdfObject* item) { AddObjectItem(node, prefix, item); };
     const pdfObject* dict = value;
     if (const pdfStream* s = AsStream(value)) dict = s->dict;
     if (const pdfArray* a = AsArray(dict)) {

@@ -90,6 +90,7 @@ private:
     void MakeChildren(Node& node) const;
     std::size_t ChildCount(Node& node) const;
     void AddObjectChildren(Node& node, const pdfObject* value) const;
+    void AddObjectItem(Node& node, const std::string& prefix, const pdfObject* value) const;
     bool Searched(const Node& node) const;
     bool Contains(const pdfObject* value, int depth, std::vector<const pdfObject*>& path) const;
     QVariant Icon(const QModelIndex& index) const;
