@@ -4,11 +4,12 @@
 // the offscreen platform; prints one line a step.
 //
 //   vantrel_tree_bench FILE.pdf [TARGET-NUMBER]
+#include <malloc.h>
+
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QScrollBar>
 #include <cstdio>
-#include <malloc.h>
 
 #include "pdf/analysis/ivPdf.h"
 #include "pdf/object/pdfObjectAccess.h"
@@ -68,8 +69,8 @@ int main(int argc, char** argv) {
     std::printf("%-48s %9.1f ms\n", "fill the view (part of opening)", fill.nsecsElapsed() / 1e6);
     const std::size_t entries = frame.Model()->EntryTotal();
     const double perEntry = entries ? double(HeapInUse() - before) / double(entries) : 0;
-    std::printf("%-48s %9.1f bytes (goal at most 16), %zu entries\n", "model heap per entry, nothing unfolded", perEntry,
-                entries);
+    std::printf("%-48s %9.1f bytes (goal at most 16), %zu entries\n",
+                "model heap per entry, nothing unfolded", perEntry, entries);
 
     ivObjTree& tree = *frame.Tree();
     ivObjectTreeModel& model = *frame.Model();
@@ -77,16 +78,23 @@ int main(int argc, char** argv) {
     int big = 0;
     for (int s = 1; s < model.rowCount(); ++s)
         if (model.rowCount(model.index(s, 0)) > model.rowCount(model.index(big, 0))) big = s;
-    Timed("unfold the largest section and paint", tree, [&] { tree.expand(model.index(big, 0)); }, "< 50 ms");
-    Timed("scroll to its end and paint", tree, [&] { tree.verticalScrollBar()->setValue(tree.verticalScrollBar()->maximum()); },
-          "< 50 ms");
-    const std::string to = "to " + std::to_string(target) + " 0 R", from = "from " + std::to_string(target) + " 0 R";
-    Timed(("filter \"" + to + "\"").c_str(), tree, [&] { frame.Filter(QString::fromStdString(to)); }, "< 500 ms");
+    Timed(
+        "unfold the largest section and paint", tree, [&] { tree.expand(model.index(big, 0)); }, "< 50 ms");
+    Timed(
+        "scroll to its end and paint", tree,
+        [&] { tree.verticalScrollBar()->setValue(tree.verticalScrollBar()->maximum()); }, "< 50 ms");
+    const std::string to = "to " + std::to_string(target) + " 0 R",
+                      from = "from " + std::to_string(target) + " 0 R";
+    Timed(("filter \"" + to + "\"").c_str(), tree, [&] { frame.Filter(QString::fromStdString(to)); },
+          "< 500 ms");
     std::printf("%-48s %s\n", "", frame.CountText().toStdString().c_str());
-    Timed(("filter \"" + from + "\"").c_str(), tree, [&] { frame.Filter(QString::fromStdString(from)); }, "< 500 ms");
+    Timed(("filter \"" + from + "\"").c_str(), tree, [&] { frame.Filter(QString::fromStdString(from)); },
+          "< 500 ms");
     std::printf("%-48s %s\n", "", frame.CountText().toStdString().c_str());
-    Timed("filter \"font\"", tree, [&] { frame.Filter("font"); }, "< 2000 ms");
+    Timed(
+        "filter \"font\"", tree, [&] { frame.Filter("font"); }, "< 2000 ms");
     std::printf("%-48s %s\n", "", frame.CountText().toStdString().c_str());
-    Timed("clear the filter", tree, [&] { frame.ClearFilter(); }, "< 50 ms");
+    Timed(
+        "clear the filter", tree, [&] { frame.ClearFilter(); }, "< 50 ms");
     return 0;
 }

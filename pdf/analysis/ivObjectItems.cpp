@@ -161,7 +161,8 @@ bool IsExpandable(const pdfObject* value) {
 
 ivItemText CatalogItemText(ivPdf& doc) {
     const ObjId id = doc.CatalogId();
-    std::string prefix = id.num ? ivFormat("[%u %u R] Catalog", id.num, static_cast<unsigned>(id.gen)) : "Catalog";
+    std::string prefix =
+        id.num ? ivFormat("[%u %u R] Catalog", id.num, static_cast<unsigned>(id.gen)) : "Catalog";
     ivItemText item = ObjectItemText(doc, prefix + " ", doc.Catalog());
     item.icon = kIconCatalog;  // forced, whatever the value's own icon
     return item;

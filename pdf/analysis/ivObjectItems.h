@@ -33,7 +33,7 @@ enum ivTreeIcon : int {
 struct ivItemText {
     std::string text;
     int icon = kIconOther;
-    bool unresolved = false;          // a reference on the way could not be resolved
+    bool unresolved = false;            // a reference on the way could not be resolved
     const pdfObject* target = nullptr;  // the value with every reference resolved, or null
 };
 
@@ -63,10 +63,10 @@ ivItemText PageItemText(std::size_t index, const pdfPage& page);
 // How the "Context.Object" menu is trimmed for one value (a reference stands for the object it
 // leads to, or for itself when it does not resolve).
 struct ivObjectMenu {
-    bool saveObject = false;  // File.SaveToFile: only for a reference
-    bool saveStream = false;  // File.SaveStreamToFile: only for a stream
-    bool saveImage = false;   // File.SaveImageToFile: only for an image
-    bool locate = false;      // Object.Locate, Object.LinkTo, Object.LinkFrom: only with an entry
+    bool saveObject = false;     // File.SaveToFile: only for a reference
+    bool saveStream = false;     // File.SaveStreamToFile: only for a stream
+    bool saveImage = false;      // File.SaveImageToFile: only for an image
+    bool locate = false;         // Object.Locate, Object.LinkTo, Object.LinkFrom: only with an entry
     bool linkToEnabled = false;  // Object.LinkTo: only when something refers to it
     const pdfObject* target = nullptr;
     XrefEntry* entry = nullptr;

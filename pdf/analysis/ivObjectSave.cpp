@@ -42,10 +42,12 @@ bool Skip(ivStream& from, std::uint64_t count) {
 
 ivStatus CopyFromObjectStream(ivPdf& doc, const XrefEntry& entry, ivStream& out) {
     const pdfStream* stream = AsStream(ResolveRef(doc, {entry.objStm, 0}));
-    const ObjStmIndex::Item* item = stream && stream->objStmIndex ? stream->objStmIndex->FindFirst(entry.num) : nullptr;
+    const ObjStmIndex::Item* item =
+        stream && stream->objStmIndex ? stream->objStmIndex->FindFirst(entry.num) : nullptr;
     if (!item) return kNotFound;
     pdfDecodedStream data;
-    if (ivStatus st = OpenDecodedStream(doc, stream, FindEntryByRecord(doc, stream), data); Failed(st) || !data.stream)
+    if (ivStatus st = OpenDecodedStream(doc, stream, FindEntryByRecord(doc, stream), data);
+        Failed(st) || !data.stream)
         return kNotFound;
     // Decoded data does not seek: the bytes before the object are read and dropped.
     if (!Skip(*data.stream, item->offset)) return kNotFound;
@@ -60,7 +62,8 @@ ivStatus CopyEntryBytes(ivPdf& doc, const XrefEntry& entry, ivStream& out) {
     if (entry.offset >= doc.FileSize()) return kNotFound;
     ivStream& file = *doc.File();
     file.Seek(entry.offset, ivSeekOrigin::Begin);
-    const std::uint64_t length = entry.length == kUnknownLength ? doc.FileSize() - entry.offset : entry.length;
+    const std::uint64_t length =
+        entry.length == kUnknownLength ? doc.FileSize() - entry.offset : entry.length;
     return CopyBytes(file, out, length);
 }
 

@@ -16,7 +16,8 @@ constexpr std::size_t kLongestText = 259;
 
 // White space and the lexer's delimiters split the search text.
 bool Separates(char c) {
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n' || std::string_view("\"#(),/;<=>[]{}").find(c) != std::string_view::npos;
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n' ||
+           std::string_view("\"#(),/;<=>[]{}").find(c) != std::string_view::npos;
 }
 
 std::vector<std::string_view> Tokens(std::string_view text) {
@@ -162,8 +163,9 @@ ivXrefMatches FindMatches(ivPdf& doc, const ivXrefFilter& filter) {
             for (std::uint32_t i = 0; i < section.entries.size(); ++i) {
                 XrefEntry& e = *section.entries[i];
                 if (e.flags & kXrefNotFound) continue;
-                const bool match = filter.GetMode() == ivXrefFilter::Mode::To ? e.ordinal < users.size() && users[e.ordinal]
-                                                                               : filter.Matches(doc, e);
+                const bool match = filter.GetMode() == ivXrefFilter::Mode::To
+                                       ? e.ordinal < users.size() && users[e.ordinal]
+                                       : filter.Matches(doc, e);
                 if (match) rows.push_back(i);
             }
         }

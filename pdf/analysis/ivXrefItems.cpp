@@ -58,7 +58,8 @@ std::string SectionItemHint(const XrefSection& section) {
 
 std::string TypeNameOf(const pdfObject* object) {
     const pdfObject* type = DictGet(DictionaryOf(object), "Type");
-    return AsName(type) ? ivTextToUtf8(std::string(static_cast<const pdfBytes*>(type)->View())) : std::string();
+    return AsName(type) ? ivTextToUtf8(std::string(static_cast<const pdfBytes*>(type)->View()))
+                        : std::string();
 }
 
 std::string EntryItemText(ivPdf& doc, XrefEntry& entry) {
@@ -91,7 +92,8 @@ std::string EntryItemHint(ivPdf& doc, const XrefEntry& entry) {
     hint += ivFormat("\nSize: %u bytes", entry.length == kUnknownLength ? 0u : entry.length);
     const std::vector<XrefEntry*> users = doc.Referrers(&entry);
     if (!users.empty()) {
-        hint += users.size() == 1 ? std::string("\nUsed by:1 object") : ivFormat("\nUsed by:%zu objects", users.size());
+        hint += users.size() == 1 ? std::string("\nUsed by:1 object")
+                                  : ivFormat("\nUsed by:%zu objects", users.size());
         for (std::size_t i = 0; i < users.size() && i < kReferrersShown; ++i)
             hint += (i ? "," : " :") + IdText(users[i]->num, users[i]->gen);
         if (users.size() > kReferrersShown) hint += "..";

@@ -36,7 +36,8 @@ ivErrorBtn::ivErrorBtn(const ivIOControl& control, QWidget* parent)
 }
 
 QSize ivErrorBtn::DropDownSize(QSize content) {
-    const int width = content.width() > 100 && content.width() < kMeasureWidth ? content.width() : kMeasureWidth;
+    const int width =
+        content.width() > 100 && content.width() < kMeasureWidth ? content.width() : kMeasureWidth;
     return {width, std::clamp(content.height(), 16, 600)};
 }
 

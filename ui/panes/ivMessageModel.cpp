@@ -5,7 +5,8 @@
 
 // Every index carries its node's parent in internalPointer; the root's children carry the root.
 
-ivMessageModel::ivMessageModel(const ivMessageNode* root, QObject* parent) : QAbstractItemModel(parent), m_root(root) {}
+ivMessageModel::ivMessageModel(const ivMessageNode* root, QObject* parent)
+    : QAbstractItemModel(parent), m_root(root) {}
 
 const ivMessageNode* ivMessageModel::NodeOf(const QModelIndex& index) const {
     if (!index.isValid()) return m_root;
@@ -17,7 +18,8 @@ QModelIndex ivMessageModel::index(int row, int column, const QModelIndex& parent
     const ivMessageNode* node = NodeOf(parent);
     if (!node || column != 0 || row < 0 || static_cast<std::size_t>(row) >= node->children.size()) return {};
     if (parent.isValid())
-        m_placeOf.emplace(node, std::make_pair(static_cast<const ivMessageNode*>(parent.internalPointer()), parent.row()));
+        m_placeOf.emplace(
+            node, std::make_pair(static_cast<const ivMessageNode*>(parent.internalPointer()), parent.row()));
     return createIndex(row, column, const_cast<ivMessageNode*>(node));
 }
 

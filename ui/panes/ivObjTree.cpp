@@ -68,8 +68,8 @@ void ivObjTree::contextMenuEvent(QContextMenuEvent* event) {
     if (!index.isValid() || kind == Kind::Section || kind == Kind::Trailer) return;
     ivCommands* commands = ivCommands::Instance();
     const bool streamData = kind == Kind::StreamData;
-    std::unique_ptr<QMenu> menu(commands ? commands->BuildMenu(streamData ? "Context.Stream" : "Context.Object", this)
-                                         : nullptr);
+    std::unique_ptr<QMenu> menu(
+        commands ? commands->BuildMenu(streamData ? "Context.Stream" : "Context.Object", this) : nullptr);
     if (!menu) {
         QApplication::beep();
         return;
@@ -78,7 +78,7 @@ void ivObjTree::contextMenuEvent(QContextMenuEvent* event) {
     if (!streamData) {
         ivPdf& doc = *m_model->Document();
         const ivObjectMenu trim = kind == Kind::Entry ? ObjectMenuFor(doc, m_model->EntryOf(index)->Id())
-                                                     : ObjectMenuFor(doc, m_model->ValueOf(index));
+                                                      : ObjectMenuFor(doc, m_model->ValueOf(index));
         auto drop = [&](const char* command, bool keep) {
             if (!keep) menu->removeAction(commands->Action(command));
         };
@@ -102,11 +102,13 @@ bool ivObjTree::OnCommand(const QString& name) {
     ivPdf& doc = *m_model->Document();
     const Kind kind = m_model->KindOf(index);
     const ivObjectMenu target = kind == Kind::Entry ? ObjectMenuFor(doc, m_model->EntryOf(index)->Id())
-                                                   : ObjectMenuFor(doc, m_model->ValueOf(index));
-    const pdfObject* shown = kind == Kind::StreamData ? m_model->ValueOf(index) : m_model->ObjectToShow(index);
+                                                    : ObjectMenuFor(doc, m_model->ValueOf(index));
+    const pdfObject* shown =
+        kind == Kind::StreamData ? m_model->ValueOf(index) : m_model->ObjectToShow(index);
     if (Is(name, "Object.View") || Is(name, "Object.ViewWindow")) {
         if (shown)
-            Q_EMIT ShowRequested(shown, kReuseView | kBringToFront | (Is(name, "Object.View") ? kSharedView : 0));
+            Q_EMIT ShowRequested(shown,
+                                 kReuseView | kBringToFront | (Is(name, "Object.View") ? kSharedView : 0));
     } else if (Is(name, "Object.Locate") || Is(name, "Object.LinkTo") || Is(name, "Object.LinkFrom")) {
         if (!target.entry) return true;
         const unsigned num = target.entry->num, gen = target.entry->gen;
@@ -164,7 +166,8 @@ void ivObjTree::SaveImage(const QModelIndex& index) {
     std::unique_ptr<ivImage2d> image;
     if (Failed(DecodeImage(doc, target, image, nullptr)) || !image) return;
     const XrefEntry* entry = FindEntryByRecord(doc, target);
-    SaveImageWithDialog(this, *image, entry ? QString("%1 %2").arg(entry->num).arg(entry->gen) : QString("image"));
+    SaveImageWithDialog(this, *image,
+                        entry ? QString("%1 %2").arg(entry->num).arg(entry->gen) : QString("image"));
 }
 
 void ivObjTree::CopyItem(const QModelIndex& index, bool hint) const {

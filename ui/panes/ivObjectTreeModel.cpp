@@ -140,7 +140,8 @@ void ivObjectTreeModel::ShowSections(std::shared_ptr<ivPdf> doc) {
     for (std::size_t s = 0; s < m_doc->Sections().size(); ++s) {
         const auto& entries = m_doc->Sections()[s]->entries;
         m_expandable[s].resize(entries.size());
-        for (std::size_t i = 0; i < entries.size(); ++i) m_expandable[s][i] = IsExpandable(LoadObject(*m_doc, entries[i]));
+        for (std::size_t i = 0; i < entries.size(); ++i)
+            m_expandable[s][i] = IsExpandable(LoadObject(*m_doc, entries[i]));
     }
     const auto& sections = m_doc->Sections();
     for (std::size_t s = 0; s < sections.size(); ++s) {
@@ -395,9 +396,11 @@ bool ivObjectTreeModel::Searched(const Node& node) const {
     return node.kind == Kind::Trailer || node.kind == Kind::XrefStream;
 }
 
-bool ivObjectTreeModel::Contains(const pdfObject* value, int depth, std::vector<const pdfObject*>& path) const {
+bool ivObjectTreeModel::Contains(const pdfObject* value, int depth,
+                                 std::vector<const pdfObject*>& path) const {
     value = Deref(*m_doc, value);
-    if (!value || depth > kSearchDepth || std::find(path.begin(), path.end(), value) != path.end()) return false;
+    if (!value || depth > kSearchDepth || std::find(path.begin(), path.end(), value) != path.end())
+        return false;
     const pdfObject* dict = value;
     if (const pdfStream* s = AsStream(value)) dict = s->dict;
     const pdfDict* d = AsDict(dict);
@@ -547,7 +550,9 @@ QModelIndex ivObjectTreeModel::IndexOfSection(std::size_t section) const {
 QModelIndex ivObjectTreeModel::IndexOfEntry(std::size_t section, const XrefEntry* entry) const {
     if (m_mode != Mode::Sections || section >= m_top.size() || !entry) return {};
     const auto group = static_cast<std::uint32_t>(section + 1);
-    auto at = [&](std::uint32_t r) { return createIndex(static_cast<int>(r) + 1, 0, quintptr(ListId(group, r))); };
+    auto at = [&](std::uint32_t r) {
+        return createIndex(static_cast<int>(r) + 1, 0, quintptr(ListId(group, r)));
+    };
     if (m_filter) {
         for (std::uint32_t r = 0, rows = ListSize(group); r < rows; ++r)
             if (ListEntry(group, r) == entry) return at(r);

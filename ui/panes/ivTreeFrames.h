@@ -27,7 +27,8 @@ protected:
 class ivRoleFrame : public ivBaseTreeFrame {
     Q_OBJECT
 public:
-    ivRoleFrame(const QString& caption, const QString& objectName, std::uint8_t role, QWidget* parent = nullptr)
+    ivRoleFrame(const QString& caption, const QString& objectName, std::uint8_t role,
+                QWidget* parent = nullptr)
         : ivBaseTreeFrame(caption, objectName, parent), m_role(role) {}
 
 protected:

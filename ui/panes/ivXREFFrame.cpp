@@ -47,7 +47,8 @@ void ivXREFFrame::Fill() {
 
 QString ivXREFFrame::CountText() const {
     if (!Model()->Filtered()) return {};
-    return QString::fromStdString(FormatThousands(Model()->MatchCount()) + " of " + FormatThousands(Model()->EntryTotal()));
+    return QString::fromStdString(FormatThousands(Model()->MatchCount()) + " of " +
+                                  FormatThousands(Model()->EntryTotal()));
 }
 
 void ivXREFFrame::ApplyFilter() {

@@ -28,7 +28,8 @@ std::string PlainText(const ivCommandInfo& c) {
 
 }  // namespace
 
-CKeysDialog::CKeysDialog(const ivCommandTable& table, QWidget* parent) : QDialog(parent), m_list(new QTreeWidget) {
+CKeysDialog::CKeysDialog(const ivCommandTable& table, QWidget* parent)
+    : QDialog(parent), m_list(new QTreeWidget) {
     setWindowTitle("Keyboard Shortcuts");
     setObjectName("CKeysDialog");
     m_list->setColumnCount(2);

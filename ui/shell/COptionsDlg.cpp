@@ -25,7 +25,8 @@ COptionsDlg::COptionsDlg(ivSettings& settings, QWidget* parent)
     const int tab = settings.ActiveTab();
     m_activeTab->setCurrentIndex(tab >= 0 && tab < 4 ? tab : -1);  // an unknown value selects nothing
     m_extraChecks->setChecked(settings.ExtraChecks());
-    m_extraChecks->setToolTip("Also report our own checks beyond the standard report (from the next file opened)");
+    m_extraChecks->setToolTip(
+        "Also report our own checks beyond the standard report (from the next file opened)");
 
     auto* page = new QWidget;
     auto* form = new QFormLayout(page);
@@ -35,7 +36,8 @@ COptionsDlg::COptionsDlg(ivSettings& settings, QWidget* parent)
     auto* tabs = new QTabWidget;
     tabs->addTab(page, "General");
 
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Apply);
+    auto* buttons =
+        new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Apply);
     connect(buttons, &QDialogButtonBox::accepted, this, [this] {
         Apply();
         accept();

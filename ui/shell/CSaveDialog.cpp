@@ -45,9 +45,10 @@ CSaveDialog::CSaveDialog(ivPdf& doc, ivSettings& settings, QWidget* parent)
 
     for (const ivCodecInfo& codec : RegisteredCodecs()) {
         if (!(codec.caps & kCodecExport)) continue;
-        m_format->addItem(QString("%1 - %2").arg(QString::fromUtf8(codec.extension.data(), codec.extension.size()),
-                                                 QString::fromUtf8(codec.name.data(), codec.name.size())),
-                          QString::fromUtf8(codec.id.data(), codec.id.size()));
+        m_format->addItem(
+            QString("%1 - %2").arg(QString::fromUtf8(codec.extension.data(), codec.extension.size()),
+                                   QString::fromUtf8(codec.name.data(), codec.name.size())),
+            QString::fromUtf8(codec.id.data(), codec.id.size()));
         if (codec.id == stored.si_format) m_format->setCurrentIndex(m_format->count() - 1);
     }
     m_naming->addItems({"Object ID", "Index number"});
@@ -114,7 +115,8 @@ void CSaveDialog::reject() {
 }
 
 void CSaveDialog::Start(const pdfExportSettings& settings) {
-    for (QWidget* w : std::initializer_list<QWidget*>{m_folder, m_format, m_naming, m_keepJpeg}) w->setEnabled(false);
+    for (QWidget* w : std::initializer_list<QWidget*>{m_folder, m_format, m_naming, m_keepJpeg})
+        w->setEnabled(false);
     m_buttons->setEnabled(false);
     m_progress->setRange(0, 0);
     m_progress->setVisible(true);

@@ -9,7 +9,8 @@ constexpr std::size_t kLongestToken = 1024;
 
 bool EqualsNoCase(std::string_view a, std::string_view b) {
     return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+               return std::tolower(static_cast<unsigned char>(x)) ==
+                      std::tolower(static_cast<unsigned char>(y));
            });
 }
 
@@ -39,7 +40,8 @@ ivCommandLine ScanCommandLine(const std::vector<std::string>& tokens, bool slash
     ivCommandLine result;
     for (const std::string& token : tokens) {
         if (token.empty() || token.size() >= kLongestToken) break;
-        const bool option = token[0] == '-' || (token[0] == '/' && (slashOptions || EqualsNoCase(token, "/scan")));
+        const bool option =
+            token[0] == '-' || (token[0] == '/' && (slashOptions || EqualsNoCase(token, "/scan")));
         if (!option) {
             result.path = token;
         } else if (EqualsNoCase(std::string_view(token).substr(1), "scan")) {

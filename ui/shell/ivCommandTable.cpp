@@ -43,8 +43,9 @@ bool SetAttribute(ivCommandInfo& c, std::string_view name, std::string_view valu
         std::string_view rest = value;
         c.imageLibrary = NextWord(rest);
         const std::string index(Trim(rest));
-        if (c.imageLibrary.empty() || index.empty() ||
-            !std::all_of(index.begin(), index.end(), [](char ch) { return std::isdigit(static_cast<unsigned char>(ch)); })) {
+        if (c.imageLibrary.empty() || index.empty() || !std::all_of(index.begin(), index.end(), [](char ch) {
+                return std::isdigit(static_cast<unsigned char>(ch));
+            })) {
             error = "image takes a library and an index";
             return false;
         }
@@ -72,7 +73,8 @@ std::string ivCommandInfo::DisplayText() const {
 
 bool CommandNamesEqual(std::string_view a, std::string_view b) {
     return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+               return std::tolower(static_cast<unsigned char>(x)) ==
+                      std::tolower(static_cast<unsigned char>(y));
            });
 }
 
@@ -116,7 +118,8 @@ bool ivCommandTable::ParseCommand(std::string_view rest, std::string& error) {
             error = "attributes are written name=\"value\"";
             return false;
         }
-        if (!SetAttribute(c, Trim(rest.substr(0, eq)), rest.substr(eq + 2, close - eq - 2), error)) return false;
+        if (!SetAttribute(c, Trim(rest.substr(0, eq)), rest.substr(eq + 2, close - eq - 2), error))
+            return false;
         rest.remove_prefix(close + 1);
     }
     m_commands.push_back(std::move(c));

@@ -59,7 +59,8 @@ void ivCommands::MakeActions() {
             action->setStatusTip(QString::fromStdString(c.hint));
         }
         QList<QKeySequence> keys;
-        for (const std::string& k : c.keys) keys << QKeySequence(QString::fromStdString(k), QKeySequence::PortableText);
+        for (const std::string& k : c.keys)
+            keys << QKeySequence(QString::fromStdString(k), QKeySequence::PortableText);
         action->setShortcuts(keys);
         if (!c.imageLibrary.empty()) action->setIcon(ivIcon(c.imageLibrary, c.imageIndex));
         if (!c.group.empty()) {

@@ -1,12 +1,12 @@
 #include "ui/shell/ivDocSession.h"
 
+#include <filesystem>
+
 #include "pdf/analysis/ivPdf.h"
 #include "pdf/analysis/ivSessionTexts.h"
 #include "pdf/object/pdfDiagnostics.h"
 #include "platform/ivFileStream.h"
 #include "platform/ivFormat.h"
-
-#include <filesystem>
 
 namespace {
 
@@ -34,7 +34,8 @@ ivStatus ivDocSession::OpenDocument(const std::string& path, unsigned flags) {
     if (!file) {
         m_control.AddMessage(ivFormatOne("Can't open file %s", path));
         if (flags & kPromptIfMissing) {
-            if (m_view.AskMissingFile(MissingFileText(path, flags & kOfferRemoval)) && (flags & kOfferRemoval))
+            if (m_view.AskMissingFile(MissingFileText(path, flags & kOfferRemoval)) &&
+                (flags & kOfferRemoval))
                 m_recent.Remove(path);
         }
         m_view.SetTitle(kProductTitle);
@@ -65,8 +66,8 @@ void ivDocSession::SetDocument(std::shared_ptr<ivPdf> doc) {
         m_doc->SetPasswordPrompt(nullptr);
         m_view.SetStatus({"Analizing..."});
         m_doc->Analyse();
-        m_view.SetStatus({VersionText(m_doc->VersionMajor(), m_doc->VersionMinor()), FileSizeText(m_doc->FileSize()),
-                          PageCountText(m_doc->Pages().size())});
+        m_view.SetStatus({VersionText(m_doc->VersionMajor(), m_doc->VersionMinor()),
+                          FileSizeText(m_doc->FileSize()), PageCountText(m_doc->Pages().size())});
     } else {
         m_view.SetStatus({});
     }

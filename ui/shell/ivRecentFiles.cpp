@@ -8,7 +8,8 @@ namespace {
 // Case folded for ASCII letters; other characters compare as they are.
 bool EqualsNoCase(const std::string& a, const std::string& b) {
     return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+               return std::tolower(static_cast<unsigned char>(x)) ==
+                      std::tolower(static_cast<unsigned char>(y));
            });
 }
 
@@ -43,7 +44,8 @@ void ivRecentFiles::Save(ivRecentStore& store) {
 
 void ivRecentFiles::Add(const std::string& path) {
     if (path.empty()) return;
-    auto found = std::find_if(m_entries.begin(), m_entries.end(), [&](const Entry& e) { return e.path == path; });
+    auto found =
+        std::find_if(m_entries.begin(), m_entries.end(), [&](const Entry& e) { return e.path == path; });
     if (found != m_entries.end() && found == m_entries.begin()) return;
     if (found != m_entries.end()) {
         std::rotate(m_entries.begin(), found, found + 1);

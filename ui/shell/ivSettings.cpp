@@ -21,7 +21,8 @@ public:
     }
     void Clear() override { m_store.remove(kRecentGroup); }
     void Write(const std::string& name, const std::string& value) override {
-        m_store.setValue(QString(kRecentGroup) + "/" + QString::fromStdString(name), QString::fromStdString(value));
+        m_store.setValue(QString(kRecentGroup) + "/" + QString::fromStdString(name),
+                         QString::fromStdString(value));
     }
 
 private:
@@ -31,7 +32,8 @@ private:
 }  // namespace
 
 ivSettings::ivSettings()
-    : m_store(std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope, kOrganization, kApplication)),
+    : m_store(std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope, kOrganization,
+                                          kApplication)),
       m_recent(std::make_unique<RecentStore>(*m_store)) {}
 
 ivSettings::ivSettings(const QString& iniFile)
@@ -94,7 +96,8 @@ pdfExportSettings ivSettings::Export() const {
     s.si_Folder = m_store->value("tools/si_Folder").toString().toStdString();
     s.si_keepJpeg = Integer("tools/si_keepJpeg", 0) != 0;
     s.si_name = Integer("tools/si_name", 0);
-    s.si_format = m_store->value("tools/si_format", QString::fromStdString(s.si_format)).toString().toStdString();
+    s.si_format =
+        m_store->value("tools/si_format", QString::fromStdString(s.si_format)).toString().toStdString();
     return s;
 }
 

@@ -10,14 +10,14 @@ struct PropertyName {
 };
 
 constexpr PropertyName kProperties[] = {
-    {"border", 202},        {"border-left", 204},      {"border-inner", 210},     {"border-2", 211},
-    {"border-right", 205},  {"border-style", 203},     {"highlight", 207},        {"shadow", 208},
-    {"marker", 209},        {"background", 8},         {"background-top", 8},     {"background-bottom", 9},
-    {"backgroundStyle", 12}, {"height", 16},           {"width", 17},             {"vseparator", 18},
-    {"margins", 206},       {"hseparator", 19},        {"text", 240},             {"text-shadow", 243},
-    {"text-decoration", 260}, {"font", 241},           {"imgIndex", 10},          {"imgIndex1", 20},
-    {"imgIndex2", 21},      {"imgIndex3", 22},         {"imgIndex4", 23},         {"image", 11},
-    {"srcLeft", 13},        {"srcTop", 13},            {"srcRight", 14},          {"srcBottom", 14},
+    {"border", 202},          {"border-left", 204},  {"border-inner", 210}, {"border-2", 211},
+    {"border-right", 205},    {"border-style", 203}, {"highlight", 207},    {"shadow", 208},
+    {"marker", 209},          {"background", 8},     {"background-top", 8}, {"background-bottom", 9},
+    {"backgroundStyle", 12},  {"height", 16},        {"width", 17},         {"vseparator", 18},
+    {"margins", 206},         {"hseparator", 19},    {"text", 240},         {"text-shadow", 243},
+    {"text-decoration", 260}, {"font", 241},         {"imgIndex", 10},      {"imgIndex1", 20},
+    {"imgIndex2", 21},        {"imgIndex3", 22},     {"imgIndex4", 23},     {"image", 11},
+    {"srcLeft", 13},          {"srcTop", 13},        {"srcRight", 14},      {"srcBottom", 14},
     {"srcMiddle", 15},
 };
 

@@ -74,7 +74,8 @@ ivWndMain::ivWndMain(ivSettings& settings, ivCommands& commands, QWidget* parent
     // follows on this thread.
     m_control.SetChangeHandler([this](ivDPFControl* withMessages) {
         const bool has = withMessages != nullptr;
-        QMetaObject::invokeMethod(this, [this, has] { OnMessagesChanged(has); }, Qt::AutoConnection);
+        QMetaObject::invokeMethod(
+            this, [this, has] { OnMessagesChanged(has); }, Qt::AutoConnection);
     });
     resize(1500, 940);
 }
@@ -87,9 +88,11 @@ ivWndMain::~ivWndMain() {
 
 void ivWndMain::BuildPanes() {
     m_xref = new ivXREFFrame(this);
-    m_left = {new ivTreeFrame(this), new ivPageFrame(this), new ivRoleFrame("Fonts", "fontFrame", kRoleFont, this),
+    m_left = {new ivTreeFrame(this), new ivPageFrame(this),
+              new ivRoleFrame("Fonts", "fontFrame", kRoleFont, this),
               new ivRoleFrame("Images", "imageFrame", kRoleImage, this)};
-    for (ivBaseTreeFrame* frame : {static_cast<ivBaseTreeFrame*>(m_xref), m_left[0], m_left[1], m_left[2], m_left[3]}) {
+    for (ivBaseTreeFrame* frame :
+         {static_cast<ivBaseTreeFrame*>(m_xref), m_left[0], m_left[1], m_left[2], m_left[3]}) {
         ivObjTree* tree = frame->Tree();
         connect(tree, &ivObjTree::ShowRequested, this, &ivWndMain::ShowObject);
         connect(tree, &ivObjTree::LocateRequested, this, [this](unsigned num, unsigned gen) {

@@ -21,7 +21,8 @@ namespace {
 
 std::vector<std::string> Arguments() {
 #ifdef Q_OS_WIN
-    std::vector<std::string> tokens = SplitCommandLine(QString::fromWCharArray(GetCommandLineW()).toStdString());
+    std::vector<std::string> tokens =
+        SplitCommandLine(QString::fromWCharArray(GetCommandLineW()).toStdString());
 #else
     std::vector<std::string> tokens;
     for (const QString& a : QCoreApplication::arguments()) tokens.push_back(a.toStdString());

@@ -36,13 +36,15 @@ std::string Sample() {
     PdfBuilder pdf;
     pdf.Object(1, "<< /Type /Catalog /Pages 2 0 R >>");
     pdf.Object(2, "<< /Type /Pages /Kids [3 0 R] /Count 1 >>");
-    pdf.Object(3, "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 595.3 841.9] /Contents 4 0 R "
-                  "/Resources << /Font << /F1 5 0 R >> >> >>");
+    pdf.Object(3,
+               "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 595.3 841.9] /Contents 4 0 R "
+               "/Resources << /Font << /F1 5 0 R >> >> >>");
     pdf.Stream(4, "", "BT ET");
     pdf.Object(5, "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica /FontDescriptor 6 0 R >>");
     pdf.Object(6, "<< /Type /FontDescriptor /FontName /Helvetica >>");
     pdf.Object(7, "<< /N null /B true /I 12 /R -1.5 /S (text) /H <" + std::string(600, 'A') +
-                      "> /Nm /Name /Box [0 0.5 612 792] /Five [1 2 3 4 5] /Missing 99 0 R /Chain 8 0 R /D << /Type /XObject >> >>");
+                      "> /Nm /Name /Box [0 0.5 612 792] /Five [1 2 3 4 5] /Missing 99 0 R /Chain 8 0 R /D << "
+                      "/Type /XObject >> >>");
     pdf.Object(8, "9 0 R");
     pdf.Object(9, "<< /Type /Pages >>");
     pdf.Object(12, "<< /Type /Target >>");
@@ -100,13 +102,15 @@ TEST(TreeItems, ObjectHints) {
     const pdfDict* seven = AsDict(d.Object(7));
     const XrefEntry& five = d.Entry(5);
     EXPECT_EQ(ObjectItemHint(*d, DictGet(seven, "I")), "Type:Int");
-    EXPECT_EQ(ObjectItemHint(*d, DictGet(seven, "Missing")), "Indirect Reference 99 0 R\nUnresolved reference");
+    EXPECT_EQ(ObjectItemHint(*d, DictGet(seven, "Missing")),
+              "Indirect Reference 99 0 R\nUnresolved reference");
     const pdfObject* toFive = DictGet(AsDict(DictGet(d.Object(3), "Resources")), "Font");
     EXPECT_EQ(ObjectItemHint(*d, DictGet(toFive, "F1")),
-              ivFormat("Indirect Reference 5 0 R\nLocation: %u (0x%Xh)\nSize: %u bytes\nType:Dictionary", five.offset,
-                       five.offset, five.length));
+              ivFormat("Indirect Reference 5 0 R\nLocation: %u (0x%Xh)\nSize: %u bytes\nType:Dictionary",
+                       five.offset, five.offset, five.length));
     EXPECT_EQ(StreamDataHint(*AsStream(d.Object(4))),
-              ivFormat("Stream\nStream Start: %u (0x%Xh)", AsStream(d.Object(4))->dataPos, AsStream(d.Object(4))->dataPos));
+              ivFormat("Stream\nStream Start: %u (0x%Xh)", AsStream(d.Object(4))->dataPos,
+                       AsStream(d.Object(4))->dataPos));
 }
 
 TEST(TreeItems, EntryTextsAndHints) {
@@ -117,14 +121,17 @@ TEST(TreeItems, EntryTextsAndHints) {
     EXPECT_EQ(EntryItemIcon(*d, d.Entry(2)), kIconPages);
     // Nine users: six are listed, then "..".
     const XrefEntry& twelve = d.Entry(12);
-    EXPECT_EQ(EntryItemHint(*d, twelve),
-              ivFormat("[12 0 R]\nLocation: %u (0x%Xh)\nSize: %u bytes\nUsed by:9 objects :20 0 R,21 0 R,22 0 R,"
-                       "23 0 R,24 0 R,25 0 R..",
-                       twelve.offset, twelve.offset, twelve.length));
+    EXPECT_EQ(
+        EntryItemHint(*d, twelve),
+        ivFormat("[12 0 R]\nLocation: %u (0x%Xh)\nSize: %u bytes\nUsed by:9 objects :20 0 R,21 0 R,22 0 R,"
+                 "23 0 R,24 0 R,25 0 R..",
+                 twelve.offset, twelve.offset, twelve.length));
     const XrefEntry& contents = d.Entry(4);
-    EXPECT_EQ(EntryItemHint(*d, contents),
-              ivFormat("[4 0 R] Page Stream\nLocation: %u (0x%Xh)\nSize: %u bytes\nUsed by:1 object :3 0 R\nPage: 1",
-                       contents.offset, contents.offset, contents.length));
+    EXPECT_EQ(
+        EntryItemHint(*d, contents),
+        ivFormat(
+            "[4 0 R] Page Stream\nLocation: %u (0x%Xh)\nSize: %u bytes\nUsed by:1 object :3 0 R\nPage: 1",
+            contents.offset, contents.offset, contents.length));
 }
 
 TEST(TreeItems, SectionsAndObjectStreamLocations) {
@@ -136,13 +143,15 @@ TEST(TreeItems, SectionsAndObjectStreamLocations) {
     // 19 objects, and the placeholder of 99 0 R, which was looked up and not found.
     EXPECT_EQ(SectionItemText(s, 0), "XREF [20]");
     EXPECT_EQ(SectionItemText(s, 2), "XREF [20], Revison: 2");
-    EXPECT_EQ(SectionItemHint(s), ivFormat("XREF Table\nLocation: %u (0x%Xh)Entries: 20", s.offset, s.offset));
+    EXPECT_EQ(SectionItemHint(s),
+              ivFormat("XREF Table\nLocation: %u (0x%Xh)Entries: 20", s.offset, s.offset));
     Doc stm(ReadTestFile("objstm-good.pdf"));
     const XrefEntry& compressed = stm.Entry(2);
     ASSERT_TRUE(compressed.Compressed());
     const std::string hint = EntryItemHint(*stm, compressed);
     const std::size_t line = hint.find('\n') + 1;
-    EXPECT_EQ(hint.substr(line, hint.find('\n', line) - line), ivFormat("Location:1 0 R#%u", compressed.offset));
+    EXPECT_EQ(hint.substr(line, hint.find('\n', line) - line),
+              ivFormat("Location:1 0 R#%u", compressed.offset));
 }
 
 TEST(TreeItems, FilterTexts) {
@@ -157,7 +166,7 @@ TEST(TreeItems, FilterTexts) {
         {"12", Mode::Object, 12, true},      {"12 0", Mode::Object, 12, false},
         {"12 0 R", Mode::Object, 12, false}, {"[12 0 R]", Mode::Object, 12, false},
         {"to 12 0 R", Mode::To, 12, false},  {"from 12 0 R", Mode::From, 12, false},
-        {"font", Mode::Text, 0, true},       {"0", Mode::Text, 0, true},  // not a positive number
+        {"font", Mode::Text, 0, true},       {"0", Mode::Text, 0, true},            // not a positive number
         {"", Mode::None, 0, true},           {"to 77 0 R", Mode::None, 77, false},  // no such object
         {"from", Mode::None, 0, true},
     };

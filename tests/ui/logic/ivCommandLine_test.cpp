@@ -12,9 +12,10 @@ TEST(CommandLine, SplitsAsTheShellWrites) {
         Tokens tokens;
     } cases[] = {
         {"vantrel.exe a.pdf", {"vantrel.exe", "a.pdf"}},
-        {"\"C:\\Program Files\\vantrel.exe\"\t \"my file.pdf\" b.pdf", {"C:\\Program Files\\vantrel.exe", "my file.pdf", "b.pdf"}},
+        {"\"C:\\Program Files\\vantrel.exe\"\t \"my file.pdf\" b.pdf",
+         {"C:\\Program Files\\vantrel.exe", "my file.pdf", "b.pdf"}},
         {"v \"unterminated quote", {"v", "unterminated quote"}},  // runs to the end
-        {"v \"\" after", {"v", "", "after"}},                      // an empty quoted token
+        {"v \"\" after", {"v", "", "after"}},                     // an empty quoted token
         {"   ", {}},
     };
     for (const auto& c : cases) EXPECT_EQ(SplitCommandLine(c.line), c.tokens) << c.line;

@@ -17,15 +17,19 @@ std::string ProgramTable() {
 std::vector<std::string> CommandsOf(const std::vector<ivMenuItem>& items) {
     std::vector<std::string> out;
     for (const ivMenuItem& i : items)
-        out.push_back(i.kind == ivMenuItem::Kind::Separator ? "|" : i.kind == ivMenuItem::Kind::Popup ? i.text : i.command);
+        out.push_back(i.kind == ivMenuItem::Kind::Separator ? "|"
+                      : i.kind == ivMenuItem::Kind::Popup   ? i.text
+                                                            : i.command);
     return out;
 }
 
 TEST(CommandTable, ReadsLinesAndSaysWhatIsWrong) {
     ivCommandTable t;
-    EXPECT_TRUE(t.Parse("# comment\n\ncommand A.b text=\"500|&Go to...\" hint=\"a hint\" keys=\"Ctrl+R, F5\" image=\"lib 3\"\n"
-                        "command A.c text=\"\" group=\"A.mode\" dropdown=\"checked\"\n"
-                        "menu m = A.b | A.c\npopup &X = A.c\n"));
+    EXPECT_TRUE(
+        t.Parse("# comment\n\ncommand A.b text=\"500|&Go to...\" hint=\"a hint\" keys=\"Ctrl+R, F5\" "
+                "image=\"lib 3\"\n"
+                "command A.c text=\"\" group=\"A.mode\" dropdown=\"checked\"\n"
+                "menu m = A.b | A.c\npopup &X = A.c\n"));
     ASSERT_EQ(t.Commands().size(), 2u);
     const ivCommandInfo* b = t.Find("a.B");  // names compare without case
     ASSERT_NE(b, nullptr);
@@ -74,7 +78,7 @@ TEST(CommandTable, ProgramTableHoldsEveryCommandAndMenu) {
     EXPECT_EQ(t.Find("file.open")->keys, std::vector<std::string>{"Ctrl+O"});
     EXPECT_EQ(t.Find("File.Reload")->keys, (std::vector<std::string>{"Ctrl+R", "F5"}));
     EXPECT_EQ(t.Find("Help.Keys")->DisplayText(), "Keyboard &Shrorcuts...");  // spelled so
-    EXPECT_EQ(t.Find("View.pages")->hint, "Activate  Pages List");         // two blanks
+    EXPECT_EQ(t.Find("View.pages")->hint, "Activate  Pages List");            // two blanks
     EXPECT_EQ(t.Find("File.Warning")->imageLibrary, "btn_icons_16");
     EXPECT_EQ(t.Find("View.XML"), nullptr);
     int modes = 0, keyed = 0;
@@ -94,13 +98,14 @@ TEST(CommandTable, ProgramTableHoldsEveryCommandAndMenu) {
               (std::vector<std::string>{"Object.View", "Object.ViewWindow", "|", "File.SaveImageToFile",
                                         "File.SaveStreamToFile", "File.SaveToFile", "|", "Object.Locate",
                                         "Object.LinkTo", "Object.LinkFrom"}));
-    for (const char* menu : {"Context.Stream", "Context.Tab", "Context.Page", "Context.Image", "Context.Indirect",
-                             "File.Recent", "File.Warning"})
+    for (const char* menu : {"Context.Stream", "Context.Tab", "Context.Page", "Context.Image",
+                             "Context.Indirect", "File.Recent", "File.Warning"})
         EXPECT_NE(t.FindMenu(menu), nullptr) << menu;
     // Every item of every menu names a command of the table.
     for (const ivMenuDef& m : t.Menus())
         for (const ivMenuItem& item : m.items) {
-            const std::vector<ivMenuItem>& items = item.kind == ivMenuItem::Kind::Popup ? item.items : m.items;
+            const std::vector<ivMenuItem>& items =
+                item.kind == ivMenuItem::Kind::Popup ? item.items : m.items;
             for (const ivMenuItem& i : items) {
                 if (i.kind == ivMenuItem::Kind::Command) {
                     EXPECT_NE(t.Find(i.command), nullptr) << i.command;

@@ -9,10 +9,11 @@ namespace {
 
 TEST(ThemeFile, SectionsPropertiesAndSharedIdentifiers) {
     ivThemeFile t;
-    t.Parse("# a theme\n[viewFrame]\nborder = #c0c0c0\n  [mainmenu]  \nbackground-top=#010203\ntext = #ffffff\n"
-            "text = #eeeeee\nbogus = 1\nno equals sign\n");
+    t.Parse(
+        "# a theme\n[viewFrame]\nborder = #c0c0c0\n  [mainmenu]  \nbackground-top=#010203\ntext = #ffffff\n"
+        "text = #eeeeee\nbogus = 1\nno equals sign\n");
     EXPECT_EQ(t.Get("viewFrame", 202), "#c0c0c0");
-    EXPECT_EQ(t.Get("mainmenu", 8), "#010203");  // "background-top" asks for 8, as "background" does
+    EXPECT_EQ(t.Get("mainmenu", 8), "#010203");    // "background-top" asks for 8, as "background" does
     EXPECT_EQ(t.Get("mainmenu", 240), "#eeeeee");  // the last one given
     EXPECT_EQ(t.Get("viewFrame", 240), std::nullopt);
     EXPECT_EQ(t.Size(), 3u);
@@ -27,8 +28,12 @@ TEST(ThemeFile, ShippedThemesGiveTheColoursThePainterAsksFor) {
         s << in.rdbuf();
         ivThemeFile t;
         t.Parse(s.str());
-        for (const auto& [section, id] : std::vector<std::pair<const char*, int>>{
-                 {"window", 8}, {"window", 240}, {"tree", 8}, {"tree", 240}, {"viewFrame", 202}, {"error", 240}})
+        for (const auto& [section, id] : std::vector<std::pair<const char*, int>>{{"window", 8},
+                                                                                  {"window", 240},
+                                                                                  {"tree", 8},
+                                                                                  {"tree", 240},
+                                                                                  {"viewFrame", 202},
+                                                                                  {"error", 240}})
             EXPECT_TRUE(t.Get(section, id).has_value()) << name << " " << section << " " << id;
     }
 }

@@ -25,7 +25,8 @@ QString TestFile(const QString& name) {
     return QString(VANTREL_TEST_DATA) + "/" + name;
 }
 
-ScratchSettings::ScratchSettings() : m_settings(std::make_unique<ivSettings>(m_dir.filePath("Vantrel.conf"))) {
+ScratchSettings::ScratchSettings()
+    : m_settings(std::make_unique<ivSettings>(m_dir.filePath("Vantrel.conf"))) {
     ivSettings::SetInstance(m_settings.get());
 }
 

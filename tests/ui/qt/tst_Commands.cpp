@@ -19,7 +19,8 @@ private Q_SLOTS:
         QCOMPARE(open->toolTip(), QString("Open PDF File"));
         QCOMPARE(open->shortcut(), QKeySequence("Ctrl+O"));
         QVERIFY(!open->icon().isNull());
-        QCOMPARE(c.Action("File.Reload")->shortcuts(), (QList<QKeySequence>{QKeySequence("Ctrl+R"), QKeySequence("F5")}));
+        QCOMPARE(c.Action("File.Reload")->shortcuts(),
+                 (QList<QKeySequence>{QKeySequence("Ctrl+R"), QKeySequence("F5")}));
         QCOMPARE(c.Action("Help.Keys")->text(), QString("Keyboard &Shrorcuts..."));
         QVERIFY(c.Action("View.Missing") == nullptr);
     }
@@ -45,8 +46,8 @@ private Q_SLOTS:
         QMenu* file = bar.actions()[0]->menu();
         QStringList items;
         for (QAction* a : file->actions()) items << (a->isSeparator() ? "|" : a->text());
-        QCOMPARE(items, (QStringList{"&Open...", "&Reload", "Close", "|", "Open &Recent", "|", "&Properties...", "|",
-                                     "E&xit"}));
+        QCOMPARE(items, (QStringList{"&Open...", "&Reload", "Close", "|", "Open &Recent", "|",
+                                     "&Properties...", "|", "E&xit"}));
         // The recent files' drop-down shows its one item until it is filled.
         QMenu* recent = file->actions()[4]->menu();
         QVERIFY(recent);
@@ -62,7 +63,8 @@ private Q_SLOTS:
     void triggeringAnnouncesTheName() {
         ivCommands& c = *ivCommands::Instance();
         QString seen;
-        auto connection = connect(&c, &ivCommands::Triggered, this, [&](const QString& name) { seen = name; });
+        auto connection =
+            connect(&c, &ivCommands::Triggered, this, [&](const QString& name) { seen = name; });
         c.Action("zoom.in")->trigger();
         disconnect(connection);
         QCOMPARE(seen, QString("zoom.in"));

@@ -1,7 +1,6 @@
 #include <QAction>
 #include <QDockWidget>
 #include <QLineEdit>
-#include <QUrl>
 #include <QMenu>
 #include <QMenuBar>
 #include <QSettings>
@@ -9,6 +8,7 @@
 #include <QTest>
 #include <QToolButton>
 #include <QTreeView>
+#include <QUrl>
 
 #include "UiTest.h"
 #include "pdf/analysis/ivPdf.h"
@@ -111,7 +111,8 @@ private Q_SLOTS:
             window.OpenDocument(TestFile("classic-good.pdf"), kAddToRecent);
             window.OpenDocument(TestFile("img-gray-8bit.pdf"), kAddToRecent);
             Q_EMIT recent->aboutToShow();
-            QCOMPARE(Texts(recent), (QStringList{TestFile("img-gray-8bit.pdf"), TestFile("classic-good.pdf")}));
+            QCOMPARE(Texts(recent),
+                     (QStringList{TestFile("img-gray-8bit.pdf"), TestFile("classic-good.pdf")}));
             recent->actions()[1]->trigger();
             QCOMPARE(window.windowTitle(), QString("classic-good.pdf - Vantrel 1.2"));
             window.Session().Recent().Remove(TestFile("classic-good.pdf").toStdString());

@@ -37,7 +37,8 @@ private Q_SLOTS:
         Report(control);
         // The model reads the sink's tree as it is; a new model sees the messages.
         ivMessageModel filled(&control.Messages());
-        QAbstractItemModelTester filledTester(&filled, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QAbstractItemModelTester filledTester(&filled,
+                                              QAbstractItemModelTester::FailureReportingMode::QtTest);
         QCOMPARE(filled.rowCount(), 2);
         const QModelIndex section = filled.index(0, 0);
         QCOMPARE(section.data().toString(), QString("Reading XREF table at 10 (0xah)"));

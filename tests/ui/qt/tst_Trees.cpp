@@ -164,7 +164,8 @@ private Q_SLOTS:
         QVERIFY(tree->isExpanded(root));  // the root unfolds at once
         Q_EMIT tree->activated(root);
         QCOMPARE(shown.count(), 1);
-        QCOMPARE(shown.front()[1].toUInt(), ivObjTree::kReuseView | ivObjTree::kBringToFront | ivObjTree::kSharedView);
+        QCOMPARE(shown.front()[1].toUInt(),
+                 ivObjTree::kReuseView | ivObjTree::kBringToFront | ivObjTree::kSharedView);
         tree->setCurrentIndex(root);
         tree->CopyItem(root, false);
         QCOMPARE(QApplication::clipboard()->text(), QString("[1 0 R] Catalog  (Catalog)"));
