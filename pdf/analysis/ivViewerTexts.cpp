@@ -1,0 +1,103 @@
+#include "pdf/analysis/ivViewerTexts.h"
+
+#include <cctype>
+#include <cmath>
+
+#include "platform/ivFormat.h"
+
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+constexpr double kDegrees = 180 / kPi;
+
+bool EqualsNoCase(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i)
+        if (std::tolower(static_cast<unsigned char>(a[i])) != std::tolower(static_cast<unsigned char>(b[i])))
+            return false;
+    return true;
+}
+
+}  // namespace
+
+std::string MatrixDecomposition(std::span<const double> m) {
+    if (m.size() != 6) return {};
+    const double a = m[0], b = m[1], c = m[2], d = m[3], e = m[4], f = m[5];
+    const double thetaX = std::atan2(b, a), thetaY = std::atan2(-c, d);
+    std::string text = "\n===========================";
+    text += ivFormat("\nScaling X: %g,  Y:%g", std::sqrt(a * a + b * b), std::sqrt(c * c + d * d));
+    if (std::fabs(thetaY - thetaX) < 1e-6 || std::fabs(thetaX + thetaY) < 1e-6) {
+        double r = thetaX * kDegrees;
+        if (a < 0 && d >= 0) r += r <= 0 ? 180 : -180;
+        text += ivFormat("\nRotation: %g\xC2\xB0", r);
+    } else {
+        // Deliberately the y angle first.
+        text += ivFormat("\nSkew X: %g\xC2\xB0,  Y:%g\xC2\xB0", thetaY * kDegrees, thetaX * kDegrees);
+    }
+    return text + ivFormat("\nTranslation X: %g,  Y:%g", e, f);
+}
+
+ivHexLayout HexLayout(std::uint64_t dataSize, int digitWidth, int windowWidth) {
+    ivHexLayout l;
+    l.digitWidth = digitWidth;
+    l.offsetDigits = std::max(4, static_cast<int>(ivFormat("%llX", static_cast<unsigned long long>(dataSize)).size()));
+    l.hexStart = l.offsetDigits * digitWidth + 10;
+    for (l.bytesPerRow = 32;; l.bytesPerRow /= 2) {
+        l.charStart = l.hexStart + l.bytesPerRow * l.CellWidth() + 4 * (l.bytesPerRow / 8 - 1) + 10;
+        if (l.bytesPerRow == 8 || l.charStart + l.bytesPerRow * l.CharWidth() < windowWidth) break;
+    }
+    return l;
+}
+
+std::optional<int> ivHexLayout::ColumnAt(int x) const {
+    if (x < hexStart) return std::nullopt;
+    int column = -1;
+    if (x >= charStart) {
+        column = (x - charStart) / CharWidth();
+    } else {
+        const int groupWidth = 8 * CellWidth() + kGroupGap;
+        const int group = (x - hexStart) / groupWidth, within = (x - hexStart) % groupWidth;
+        if (within >= 8 * CellWidth()) return std::nullopt;  // in the gap
+        column = group * 8 + within / CellWidth();
+    }
+    if (column >= bytesPerRow) return std::nullopt;
+    return column;
+}
+
+std::string HexTooltip(std::span<const std::uint8_t> from, std::uint64_t offset, bool overByte) {
+    const auto pos = static_cast<unsigned>(offset);
+    const std::string position = ivFormat("Position: 0x%X, %u ", pos, pos);
+    if (!overByte || from.empty()) return position;
+    const std::uint8_t b = from[0];
+    std::string text = ivFormat("BYTE: 0x%X, %d, '%c'", b, b, b < 32 ? ' ' : static_cast<char>(b));
+    if (from.size() >= 2) {
+        const unsigned word = from[0] | unsigned(from[1]) << 8;
+        text += ivFormat("\nWORD: 0x%X, %u", word, word);
+    }
+    if (from.size() >= 4) {
+        const std::uint32_t dword = from[0] | std::uint32_t(from[1]) << 8 | std::uint32_t(from[2]) << 16 |
+                                    std::uint32_t(from[3]) << 24;
+        text += ivFormat("\nLONG: 0x%X, %d", dword, static_cast<int>(dword));
+    }
+    return text + "\n" + position;
+}
+
+std::optional<float> ZoomFor(std::string_view command, float current) {
+    const std::size_t dot = command.find('.');
+    if (dot == std::string_view::npos || !EqualsNoCase(command.substr(0, dot), "zoom")) return std::nullopt;
+    const std::string_view sub = command.substr(dot + 1);
+    if (EqualsNoCase(sub, "in")) return current * 1.25f;
+    if (EqualsNoCase(sub, "out")) return current / 1.25f;
+    const struct {
+        std::string_view name;
+        float zoom;
+    } fixed[] = {{"25", 0.25f}, {"50", 0.5f}, {"75", 0.75f}, {"100", 1.0f}, {"150", 1.5f},
+                 {"200", 2.0f}, {"300", 3.0f}, {"400", 3.0f}};  // deliberately 400 as 300
+    for (const auto& f : fixed)
+        if (sub == f.name) return f.zoom;
+    return std::nullopt;
+}
+
+std::string ZoomCommandOf(float zoom) {
+    return ivFormat("zoom.%d", static_cast<int>(std::lround(zoom * 100)));
+}
