@@ -3,7 +3,9 @@
 #include <cctype>
 #include <cmath>
 
+#include "pdf/object/pdfObject.h"
 #include "platform/ivFormat.h"
+#include "platform/ivImage2d.h"
 
 namespace {
 
@@ -100,4 +102,39 @@ std::optional<float> ZoomFor(std::string_view command, float current) {
 
 std::string ZoomCommandOf(float zoom) {
     return ivFormat("zoom.%d", static_cast<int>(std::lround(zoom * 100)));
+}
+
+namespace {
+
+std::string BitmapFormatName(const ivImage2d& image) {
+    switch (image.PixelFormat()) {
+        case ivImage2d::kGray8:
+            return "8-bit grey";
+        case ivImage2d::kIndexed8:
+            return "8-bit indexed";
+        case ivImage2d::kBgr24:
+            return "24-bit RGB";
+        case ivImage2d::kCmyk32:
+            return "32-bit CMYK";
+        case ivImage2d::kIndexed1:
+        case ivImage2d::kIndexed4:
+            return ivFormat("%d-bit indexed", image.BitsPerPixel());
+    }
+    return "unknown format";
+}
+
+// The filter applied last to the stream's data: the last of an array, or the one name.
+const pdfBytes* LastFilter(const pdfObject* stream) {
+    const pdfStream* s = AsStream(stream);
+    const pdfObject* filter = s ? DictGet(s->dict, "Filter") : nullptr;
+    if (const pdfArray* a = AsArray(filter)) filter = a->count ? a->Items()[a->count - 1] : nullptr;
+    return AsName(filter);
+}
+
+}  // namespace
+
+std::string ImageInfoText(const ivImage2d& image, const pdfObject* stream) {
+    std::string format = BitmapFormatName(image);
+    if (const pdfBytes* filter = LastFilter(stream)) format += ivFormat(" (%s)", filter->Chars());
+    return ivFormat("%u x %u pixels, %s", image.Width(), image.Height(), format.c_str());
 }

@@ -5,6 +5,9 @@
 #include <string>
 #include <string_view>
 
+class ivImage2d;
+struct pdfObject;
+
 // Figures and texts of the viewers that are plain arithmetic: the matrix decomposition of the
 // object viewer's help, the hex viewer's layout, hit test and tooltip, and the image
 // viewer's zoom commands.
@@ -38,3 +41,8 @@ std::string HexTooltip(std::span<const std::uint8_t> from, std::uint64_t offset,
 std::optional<float> ZoomFor(std::string_view command, float current);
 // The "zoom.%d" command that stands checked for a zoom factor.
 std::string ZoomCommandOf(float zoom);
+
+// The image viewer's information text: "%d x %d pixels, %s" with the bitmap's format
+// ("24-bit RGB", "1-bit indexed", …) and, when the stream is filtered, its last filter
+// ("24-bit RGB (DCTDecode)").
+std::string ImageInfoText(const ivImage2d& image, const pdfObject* stream);

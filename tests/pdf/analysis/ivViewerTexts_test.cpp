@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "pdf/analysis/ImageFixture.h"
+#include "pdf/analysis/pdfImage.h"
+#include "pdf/object/pdfObjectAccess.h"
+
 #include <vector>
 
 namespace {
@@ -66,6 +70,26 @@ TEST(ViewerTexts, ZoomCommands) {
     EXPECT_EQ(ZoomFor("edit.copy", 1.0f), std::nullopt);
     EXPECT_EQ(ZoomCommandOf(*ZoomFor("zoom.400", 1.0f)), "zoom.300");
     EXPECT_EQ(ZoomCommandOf(0.75f), "zoom.75");
+}
+
+// The information text names the bitmap's format and the filter applied last.
+TEST(ViewerTexts, ImageInfoText) {
+    const struct {
+        const char* fixture;
+        const char* text;
+    } cases[] = {
+        {"img-dct-flate.pdf", "16 x 8 pixels, 8-bit grey (DCTDecode)"},
+        {"img-ccitt.pdf", "16 x 16 pixels, 1-bit indexed (CCITTFaxDecode)"},
+        {"img-gray-2bit.pdf", "5 x 2 pixels, 2-bit indexed"},
+    };
+    for (const auto& c : cases) {
+        ImageFixture f(c.fixture);
+        ASSERT_FALSE(f.Images().empty()) << c.fixture;
+        const pdfObject* stream = LoadObject(f.Doc(), f.Images().front());
+        std::unique_ptr<ivImage2d> image;
+        ASSERT_EQ(DecodeImage(f.Doc(), stream, image, nullptr), kOk) << c.fixture;
+        EXPECT_EQ(ImageInfoText(*image, stream), c.text);
+    }
 }
 
 }  // namespace
