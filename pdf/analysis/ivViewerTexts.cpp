@@ -3,7 +3,11 @@
 #include <cctype>
 #include <cmath>
 
+#include "pdf/analysis/ivPdf.h"
+#include "pdf/analysis/ivXrefItems.h"
 #include "pdf/object/pdfObject.h"
+#include "pdf/object/pdfObjectAccess.h"
+#include "pdf/object/pdfRoleCodes.h"
 #include "platform/ivFormat.h"
 #include "platform/ivImage2d.h"
 
@@ -137,4 +141,79 @@ std::string ImageInfoText(const ivImage2d& image, const pdfObject* stream) {
     std::string format = BitmapFormatName(image);
     if (const pdfBytes* filter = LastFilter(stream)) format += ivFormat(" (%s)", filter->Chars());
     return ivFormat("%u x %u pixels, %s", image.Width(), image.Height(), format.c_str());
+}
+
+ivViewMode InitialViewMode(std::uint8_t role) {
+    switch (role) {
+        case kRolePageStream:
+        case kRoleForm:
+        case kRolePattern:
+        case kRoleToUnicode:
+        case kRoleGlyphProgram:
+            return ivViewMode::Content;
+        case kRoleImage:
+            return ivViewMode::Image;
+        case kRoleObjectStream:
+            return ivViewMode::ObjectStream;
+        default:
+            return ivViewMode::Hex;
+    }
+}
+
+namespace {
+
+struct ModeName {
+    ivViewMode mode;
+    std::string_view name;
+};
+constexpr ModeName kModeNames[] = {{ivViewMode::Object, "OBJ"},     {ivViewMode::Content, "Content"},
+                                   {ivViewMode::ObjectStream, "OBJSTREAM"}, {ivViewMode::Image, "IMG"},
+                                   {ivViewMode::Hex, "HEX"},        {ivViewMode::Raw, "RAW"}};
+constexpr std::string_view kModeCommands[] = {"", "view.OBJ", "View.Content", "View.OBJSTREAM",
+                                              "View.IMG", "View.HEX", "View.RAW"};
+
+bool StartsWithNoCase(std::string_view s, std::string_view prefix) {
+    return s.size() >= prefix.size() && EqualsNoCase(s.substr(0, prefix.size()), prefix);
+}
+
+}  // namespace
+
+std::string_view ViewModeCommand(ivViewMode mode) {
+    return kModeCommands[static_cast<int>(mode)];
+}
+
+std::optional<ivViewMode> ViewModeOfCommand(std::string_view command) {
+    if (StartsWithNoCase(command, "View.mode."))
+        command.remove_prefix(10);
+    else if (StartsWithNoCase(command, "View."))
+        command.remove_prefix(5);
+    else
+        return std::nullopt;
+    for (const ModeName& m : kModeNames)
+        if (EqualsNoCase(command, m.name)) return m.mode;
+    return std::nullopt;
+}
+
+std::string StreamLengthText(std::uint64_t length) {
+    return ivFormat("Stream Length: %llu", static_cast<unsigned long long>(length));
+}
+
+std::string RawBytesText(const XrefEntry& entry, std::uint64_t size) {
+    const auto bytes = static_cast<unsigned long long>(size);
+    if (entry.Compressed()) return ivFormat("%llu bytes, object %u of object stream %u 0 R", bytes, entry.offset, entry.objStm);
+    return ivFormat("%llu bytes at offset %u (0x%X) in the file", bytes, entry.offset, entry.offset);
+}
+
+std::string ViewCaption(const ivPdf& doc, const pdfObject* object) {
+    const XrefEntry* entry = object ? FindEntryByRecord(doc, object) : nullptr;
+    return entry ? ivFormat("%u %u R", entry->num, unsigned(entry->gen)) : std::string("View");
+}
+
+std::string ViewTabHint(ivPdf& doc, const pdfObject* object) {
+    if (!object) return {};
+    if (const XrefEntry* entry = FindEntryByRecord(doc, object)) {
+        std::string hint = EntryItemHint(doc, *entry);
+        if (!hint.empty()) return hint;
+    }
+    return TypeName(object->tag);
 }

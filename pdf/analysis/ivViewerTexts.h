@@ -6,6 +6,8 @@
 #include <string_view>
 
 class ivImage2d;
+class ivPdf;
+struct XrefEntry;
 struct pdfObject;
 
 // Figures and texts of the viewers that are plain arithmetic: the matrix decomposition of the
@@ -46,3 +48,35 @@ std::string ZoomCommandOf(float zoom);
 // ("24-bit RGB", "1-bit indexed", …) and, when the stream is filtered, its last filter
 // ("24-bit RGB (DCTDecode)").
 std::string ImageInfoText(const ivImage2d& image, const pdfObject* stream);
+
+// How a view shows a stream's data below the object's text.
+enum class ivViewMode : int {
+    None = 0,
+    Object = 1,        // the object viewer on the object
+    Content = 2,       // the decoded stream as a content stream
+    ObjectStream = 3,  // the objects of an object stream
+    Image = 4,         // the decoded image
+    Hex = 5,           // the decoded data as a hex dump
+    Raw = 6,           // the entry's bytes as stored in the file, as a hex dump
+};
+// The mode a stream opens in, by its entry's role: contents for page streams, forms,
+// patterns, ToUnicode maps and glyph programs, the image for images, the listing for object
+// streams, a hex dump for everything else.
+ivViewMode InitialViewMode(std::uint8_t role);
+// "View.HEX", "View.IMG", … for a mode that has a command; empty for None.
+std::string_view ViewModeCommand(ivViewMode mode);
+// The mode a command names: "View.HEX", "view.HEX" or "View.mode.HEX" (any case), and
+// "view.OBJ"; none for another command.
+std::optional<ivViewMode> ViewModeOfCommand(std::string_view command);
+
+// "Stream Length: %d" with the decoded length.
+std::string StreamLengthText(std::uint64_t length);
+// Where the raw bytes come from: "%u bytes at offset %u (0x%X) in the file", or
+// "%u bytes, object %u of object stream %u 0 R" for a compressed object.
+std::string RawBytesText(const XrefEntry& entry, std::uint64_t size);
+
+// The caption of a view's tab: "%d %d R" when the object has an entry, else "View".
+std::string ViewCaption(const ivPdf& doc, const pdfObject* object);
+// The hint of a view's tab: the entry's hint when there is one and it is not empty, else the
+// display name of the object's type.
+std::string ViewTabHint(ivPdf& doc, const pdfObject* object);

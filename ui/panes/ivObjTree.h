@@ -3,6 +3,7 @@
 #include <QTreeView>
 
 #include "ui/shell/ivCommandTarget.h"
+#include "ui/shell/ivShowFlags.h"
 
 class ivObjectTreeModel;
 struct pdfObject;
@@ -21,12 +22,9 @@ public:
     // The text and hint that Ctrl+C and Ctrl+Shift+C copy.
     void CopyItem(const QModelIndex& index, bool hint) const;
 
-    // Flags of ShowRequested.
-    static constexpr unsigned kReuseView = 1, kBringToFront = 2, kSharedView = 4;
-
 Q_SIGNALS:
     // The window shows an object, locates an entry or filters the cross-reference view.
-    void ShowRequested(const pdfObject* object, unsigned flags);
+    void ShowRequested(const pdfObject* object, unsigned flags);  // flags of ivShowFlags.h
     void LocateRequested(unsigned num, unsigned gen);
     void FilterRequested(const QString& text);
 

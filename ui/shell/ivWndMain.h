@@ -5,6 +5,7 @@
 #include "pdf/object/pdfDiagnostics.h"
 #include "ui/shell/CPassDialog.h"
 #include "ui/shell/ivDocSession.h"
+#include "ui/shell/ivShowFlags.h"
 
 class QLabel;
 class QMenu;
@@ -17,11 +18,6 @@ class ivSettings;
 class ivWndDockView;
 class ivXREFFrame;
 struct pdfObject;
-
-// Flags of ShowObject.
-constexpr unsigned kReuseView = 1;
-constexpr unsigned kBringToFront = 2;
-constexpr unsigned kSharedView = 4;
 
 // The main window: the menu bar from the command table with the warning button at its right,
 // the navigation panes (Document Tree, Pages, Fonts, Images on the left, the XREF table on

@@ -4,6 +4,7 @@
 
 #include "pdf/analysis/ivDisplayTokens.h"
 #include "ui/shell/ivCommandTarget.h"
+#include "ui/shell/ivShowFlags.h"
 
 class ivPdf;
 class ivPdfInfo;
@@ -34,8 +35,6 @@ public:
     QString HelpOf(std::size_t token) const;
 
     bool OnCommand(const QString& name) override;
-
-    static constexpr unsigned kReuseView = 1, kBringToFront = 2, kSharedView = 4;
 
 Q_SIGNALS:
     void ShowRequested(const pdfObject* object, unsigned flags);

@@ -4,7 +4,10 @@
 
 #include "pdf/analysis/ImageFixture.h"
 #include "pdf/analysis/pdfImage.h"
+#include "pdf/analysis/ivXrefItems.h"
 #include "pdf/object/pdfObjectAccess.h"
+#include "pdf/object/pdfRoleCodes.h"
+#include "platform/ivFormat.h"
 
 #include <vector>
 
@@ -90,6 +93,54 @@ TEST(ViewerTexts, ImageInfoText) {
         ASSERT_EQ(DecodeImage(f.Doc(), stream, image, nullptr), kOk) << c.fixture;
         EXPECT_EQ(ImageInfoText(*image, stream), c.text);
     }
+}
+
+TEST(ViewerTexts, ViewModes) {
+    EXPECT_EQ(InitialViewMode(kRolePageStream), ivViewMode::Content);
+    EXPECT_EQ(InitialViewMode(kRoleForm), ivViewMode::Content);
+    EXPECT_EQ(InitialViewMode(kRolePattern), ivViewMode::Content);
+    EXPECT_EQ(InitialViewMode(kRoleToUnicode), ivViewMode::Content);
+    EXPECT_EQ(InitialViewMode(kRoleGlyphProgram), ivViewMode::Content);
+    EXPECT_EQ(InitialViewMode(kRoleImage), ivViewMode::Image);
+    EXPECT_EQ(InitialViewMode(kRoleObjectStream), ivViewMode::ObjectStream);
+    EXPECT_EQ(InitialViewMode(kRoleFont), ivViewMode::Hex);
+    EXPECT_EQ(InitialViewMode(0), ivViewMode::Hex);
+
+    EXPECT_EQ(ViewModeOfCommand("View.HEX"), ivViewMode::Hex);
+    EXPECT_EQ(ViewModeOfCommand("view.img"), ivViewMode::Image);
+    EXPECT_EQ(ViewModeOfCommand("View.mode.OBJSTREAM"), ivViewMode::ObjectStream);
+    EXPECT_EQ(ViewModeOfCommand("view.OBJ"), ivViewMode::Object);
+    EXPECT_EQ(ViewModeOfCommand("View.mode"), std::nullopt);
+    EXPECT_EQ(ViewModeOfCommand("View.HEXA"), std::nullopt);
+    EXPECT_EQ(ViewModeOfCommand("Edit.HEX"), std::nullopt);
+    for (ivViewMode m : {ivViewMode::Content, ivViewMode::ObjectStream, ivViewMode::Image, ivViewMode::Hex, ivViewMode::Raw})
+        EXPECT_EQ(ViewModeOfCommand(ViewModeCommand(m)), m);
+}
+
+TEST(ViewerTexts, LengthAndRawBytesTexts) {
+    EXPECT_EQ(StreamLengthText(0), "Stream Length: 0");
+    EXPECT_EQ(StreamLengthText(5000000000ull), "Stream Length: 5000000000");
+    XrefEntry inFile;
+    inFile.offset = 4096;
+    EXPECT_EQ(RawBytesText(inFile, 12), "12 bytes at offset 4096 (0x1000) in the file");
+    XrefEntry compressed;
+    compressed.flags = kXrefCompressed;
+    compressed.objStm = 7;
+    compressed.offset = 3;
+    EXPECT_EQ(RawBytesText(compressed, 40), "40 bytes, object 3 of object stream 7 0 R");
+}
+
+// The tab shows the identifier; its hint is the entry's, or the type of a direct object.
+TEST(ViewerTexts, ViewCaptionAndHint) {
+    ImageFixture f("img-ccitt.pdf");
+    XrefEntry* image = f.Images().front();
+    const pdfObject* stream = LoadObject(f.Doc(), image);
+    EXPECT_EQ(ViewCaption(f.Doc(), stream), ivFormat("%u 0 R", image->num));
+    EXPECT_EQ(ViewTabHint(f.Doc(), stream), EntryItemHint(f.Doc(), *image));
+    const pdfObject* direct = DictGet(AsStream(stream)->dict, "DecodeParms");
+    ASSERT_NE(direct, nullptr);
+    EXPECT_EQ(ViewCaption(f.Doc(), direct), "View");
+    EXPECT_EQ(ViewTabHint(f.Doc(), direct), TypeName(direct->tag));
 }
 
 }  // namespace

@@ -165,13 +165,13 @@ private Q_SLOTS:
         Q_EMIT tree->activated(root);
         QCOMPARE(shown.count(), 1);
         QCOMPARE(shown.front()[1].toUInt(),
-                 ivObjTree::kReuseView | ivObjTree::kBringToFront | ivObjTree::kSharedView);
+                 kReuseView | kBringToFront | kSharedView);
         tree->setCurrentIndex(root);
         tree->CopyItem(root, false);
         QCOMPARE(QApplication::clipboard()->text(), QString("[1 0 R] Catalog  (Catalog)"));
         QVERIFY(tree->OnCommand("Object.ViewWindow"));
         QCOMPARE(shown.count(), 2);
-        QCOMPARE(shown.back()[1].toUInt(), ivObjTree::kReuseView | ivObjTree::kBringToFront);
+        QCOMPARE(shown.back()[1].toUInt(), kReuseView | kBringToFront);
         QSignalSpy located(tree, &ivObjTree::LocateRequested);
         QVERIFY(tree->OnCommand("Object.Locate"));
         QCOMPARE(located.count(), 1);
