@@ -7,8 +7,10 @@ id is a position from 1 to 32; no key id appears twice in one section (the
 reader would only ever find the first); cm and Tm carry args="matrix"; every
 content-stream operator of the PDF reference's operator summary is present
 under <operators>, in a category with the expected name; every parent
-attribute names an existing section. Prints a count of sections and keys.
-Exits 1 on any problem.
+attribute names an existing section; an id with a dot has the form
+Outer.Inner, both of them key names, and Outer is a plain id of the same
+section or of a section it inherits through parent. Prints a count of
+sections and keys. Exits 1 on any problem.
 
 Usage: check_pdfinfo.py [PATH]   (default: pdfinfo.xml beside this script)
 """
@@ -53,6 +55,25 @@ OPERATORS = {
 }
 MATRIX_OPERATORS = ["cm", "Tm"]
 
+# Characters that end a name in PDF syntax, so never part of a key.
+NAME_DELIMITERS = set("()<>[]{}/%")
+
+
+def is_key_name(text):
+    """Whether text can be a dictionary key as the viewer shows it."""
+    return bool(text) and all(
+        "!" <= c <= "~" and c not in NAME_DELIMITERS for c in text)
+
+
+def lineage(name, sections, by_lower):
+    """name and the sections it inherits through parent, nearest first."""
+    chain = []
+    while name in sections and name not in chain:
+        chain.append(name)
+        parent = sections[name].get("parent")
+        name = by_lower.get(parent.lower()) if parent else None
+    return chain
+
 
 def walk(node, path, out):
     """Collect (item, category path) for every <i> under node, in order."""
@@ -83,12 +104,21 @@ def main(argv):
             problems.append(f"section {sec.tag} appears twice")
         sections[sec.tag] = sec
     lower_names = {name.lower() for name in sections}
+    by_lower = {name.lower(): name for name in sections}
 
     for name in REQUIRED_SECTIONS:
         if name not in sections:
             problems.append(f"missing section {name}")
 
+    plain_ids = {}
+    for name, sec in sections.items():
+        items = []
+        walk(sec, [], items)
+        plain_ids[name] = {item.get("id") for item, _ in items
+                           if item.get("id") and "." not in item.get("id")}
+
     total_keys = 0
+    total_nested = 0
     total_enums = 0
     total_bits = 0
     rows = []
@@ -120,6 +150,17 @@ def main(argv):
                 problems.append(f"{where}: {iid} already defined in {seen[iid]}")
             else:
                 seen[iid] = where
+            if "." in iid:
+                total_nested += 1
+                outer_inner = iid.split(".")
+                if len(outer_inner) != 2 or not all(is_key_name(n) for n in outer_inner):
+                    problems.append(f"{where}: {iid!r} is not of the form Outer.Inner")
+                else:
+                    chain = lineage(name, sections, by_lower)
+                    if not any(outer_inner[0] in plain_ids[s] for s in chain):
+                        problems.append(
+                            f"{where}: {iid}: outer key {outer_inner[0]} is not a key of "
+                            f"{' or '.join(chain)}")
             for kind in ("enum", "bit"):
                 ids = set()
                 for sub in item.findall(kind):
@@ -170,7 +211,7 @@ def main(argv):
     for name, parent, count in rows:
         extra = f"  (parent {parent})" if parent else ""
         print(f"  {name:<{width}} {count:4d} keys{extra}")
-    print(f"{len(sections)} sections, {total_keys} keys, "
+    print(f"{len(sections)} sections, {total_keys} keys ({total_nested} nested), "
           f"{total_enums} enum values, {total_bits} bits")
 
     for p in problems:

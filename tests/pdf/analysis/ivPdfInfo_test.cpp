@@ -52,6 +52,17 @@ TEST(PdfInfo, LookupFallsBackToTheParentSection) {
     EXPECT_FALSE(info.Find(kRoleCmykColourSpace, "Type"));  // a role without a section
 }
 
+TEST(PdfInfo, AKeyInsideADictionaryValueIsFoundAsOuterDotInner) {
+    ivPdfInfo info(kFile);
+    pugi::xml_node hide = info.Find(kRoleCatalog, "ViewerPreferences.HideToolbar");
+    ASSERT_TRUE(hide);
+    EXPECT_GT(std::strlen(hide.attribute("help").value()), 10u);
+    pugi::xml_node duplex = info.Find(kRoleCatalog, "ViewerPreferences.Duplex");
+    EXPECT_TRUE(duplex.find_child_by_attribute("enum", "id", "Simplex"));
+    // A Widget's MK keys stand with those of every annotation.
+    EXPECT_TRUE(info.Find(kRoleWidgetAnnotation, "MK.TP").child("enum"));
+}
+
 TEST(PdfInfo, AMissingFileGivesNoHelp) {
     ivPdfInfo info("/nonexistent/pdfinfo.xml");
     EXPECT_FALSE(info.Loaded());
