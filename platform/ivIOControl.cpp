@@ -20,6 +20,7 @@ ivMessageNode* ivIOControl::NodeForOpenScopes() {
             auto node = std::make_unique<ivMessageNode>();
             node->text = scope->GetText();
             node->isScope = true;
+            node->namesObject = scope->NamedObject(node->objectNum, node->objectGen);
             scope->m_node = node.get();
             parent->children.push_back(std::move(node));
         }

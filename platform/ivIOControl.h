@@ -15,6 +15,8 @@ class ivScope;
 struct ivMessageNode {
     std::string text;
     bool isScope = false;
+    bool namesObject = false;  // a scope about one indirect object: which one
+    std::uint32_t objectNum = 0, objectGen = 0;
     std::vector<std::unique_ptr<ivMessageNode>> children;
 };
 

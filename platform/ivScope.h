@@ -1,4 +1,5 @@
 #pragma once
+#include <cstdint>
 #include <string>
 
 class ivIOControl;
@@ -15,6 +16,9 @@ public:
     ivScope& operator=(const ivScope&) = delete;
 
     virtual std::string GetText() const = 0;
+    // The indirect object the scope is about, for leading from a message to its object;
+    // false for a scope about something else.
+    virtual bool NamedObject(std::uint32_t& /*num*/, std::uint32_t& /*gen*/) const { return false; }
 
 private:
     friend class ivIOControl;

@@ -46,7 +46,8 @@ std::string MatrixDecomposition(std::span<const double> m) {
 ivHexLayout HexLayout(std::uint64_t dataSize, int digitWidth, int windowWidth) {
     ivHexLayout l;
     l.digitWidth = digitWidth;
-    l.offsetDigits = std::max(4, static_cast<int>(ivFormat("%llX", static_cast<unsigned long long>(dataSize)).size()));
+    l.offsetDigits =
+        std::max(4, static_cast<int>(ivFormat("%llX", static_cast<unsigned long long>(dataSize)).size()));
     l.hexStart = l.offsetDigits * digitWidth + 10;
     for (l.bytesPerRow = 32;; l.bytesPerRow /= 2) {
         l.charStart = l.hexStart + l.bytesPerRow * l.CellWidth() + 4 * (l.bytesPerRow / 8 - 1) + 10;
@@ -97,8 +98,8 @@ std::optional<float> ZoomFor(std::string_view command, float current) {
     const struct {
         std::string_view name;
         float zoom;
-    } fixed[] = {{"25", 0.25f}, {"50", 0.5f}, {"75", 0.75f}, {"100", 1.0f}, {"150", 1.5f},
-                 {"200", 2.0f}, {"300", 3.0f}, {"400", 3.0f}};  // deliberately 400 as 300
+    } fixed[] = {{"25", 0.25f}, {"50", 0.5f},  {"75", 0.75f}, {"100", 1.0f},
+                 {"150", 1.5f}, {"200", 2.0f}, {"300", 3.0f}, {"400", 3.0f}};  // deliberately 400 as 300
     for (const auto& f : fixed)
         if (sub == f.name) return f.zoom;
     return std::nullopt;
@@ -166,10 +167,10 @@ struct ModeName {
     ivViewMode mode;
     std::string_view name;
 };
-constexpr ModeName kModeNames[] = {{ivViewMode::Object, "OBJ"},     {ivViewMode::Content, "Content"},
-                                   {ivViewMode::ObjectStream, "OBJSTREAM"}, {ivViewMode::Image, "IMG"},
-                                   {ivViewMode::Hex, "HEX"},        {ivViewMode::Raw, "RAW"}};
-constexpr std::string_view kModeCommands[] = {"", "view.OBJ", "View.Content", "View.OBJSTREAM",
+constexpr ModeName kModeNames[] = {
+    {ivViewMode::Object, "OBJ"}, {ivViewMode::Content, "Content"}, {ivViewMode::ObjectStream, "OBJSTREAM"},
+    {ivViewMode::Image, "IMG"},  {ivViewMode::Hex, "HEX"},         {ivViewMode::Raw, "RAW"}};
+constexpr std::string_view kModeCommands[] = {"",         "view.OBJ", "View.Content", "View.OBJSTREAM",
                                               "View.IMG", "View.HEX", "View.RAW"};
 
 bool StartsWithNoCase(std::string_view s, std::string_view prefix) {
@@ -200,7 +201,8 @@ std::string StreamLengthText(std::uint64_t length) {
 
 std::string RawBytesText(const XrefEntry& entry, std::uint64_t size) {
     const auto bytes = static_cast<unsigned long long>(size);
-    if (entry.Compressed()) return ivFormat("%llu bytes, object %u of object stream %u 0 R", bytes, entry.offset, entry.objStm);
+    if (entry.Compressed())
+        return ivFormat("%llu bytes, object %u of object stream %u 0 R", bytes, entry.offset, entry.objStm);
     return ivFormat("%llu bytes at offset %u (0x%X) in the file", bytes, entry.offset, entry.offset);
 }
 

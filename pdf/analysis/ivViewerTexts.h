@@ -21,10 +21,10 @@ std::string MatrixDecomposition(std::span<const double> m);
 
 // The hex viewer's columns for a data size, a digit width and a window width.
 struct ivHexLayout {
-    int offsetDigits = 4;   // upper-case hexadecimal digits of an offset, at least 4
-    int hexStart = 0;       // x of the hex column
-    int charStart = 0;      // x of the character column
-    int bytesPerRow = 32;   // 32, 16 or 8
+    int offsetDigits = 4;  // upper-case hexadecimal digits of an offset, at least 4
+    int hexStart = 0;      // x of the hex column
+    int charStart = 0;     // x of the character column
+    int bytesPerRow = 32;  // 32, 16 or 8
     int digitWidth = 0;
     int CellWidth() const { return 2 * (digitWidth + 2); }
     int CharWidth() const { return digitWidth + 2; }

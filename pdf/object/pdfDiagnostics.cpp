@@ -63,6 +63,20 @@ std::string ivObjIDScope::GetText() const {
     return ScopeText(m_text, ivFormat("%d %d R", static_cast<int>(m_num), static_cast<int>(m_gen)));
 }
 
+bool ivObjIDScope::NamedObject(std::uint32_t& num, std::uint32_t& gen) const {
+    num = m_num;
+    gen = m_gen;
+    return true;
+}
+
+bool ivObjScope::NamedObject(std::uint32_t& num, std::uint32_t& gen) const {
+    const XrefEntry* entry = m_record ? m_doc.EntryOfRecord(m_record) : nullptr;
+    if (!entry) return false;
+    num = entry->num;
+    gen = entry->gen;
+    return true;
+}
+
 std::string ivObjScope::GetText() const {
     const XrefEntry* entry = m_record ? m_doc.EntryOfRecord(m_record) : nullptr;
     std::string id = entry ? ivFormat("%d %d R", static_cast<int>(entry->num), entry->gen) : "Direct Object";

@@ -42,6 +42,7 @@ public:
     ivObjIDScope(ivIOControl* control, std::uint32_t num, std::uint32_t gen, const char* text)
         : ivScope(control), m_num(num), m_gen(gen), m_text(text) {}
     std::string GetText() const override;
+    bool NamedObject(std::uint32_t& num, std::uint32_t& gen) const override;
 
 private:
     std::uint32_t m_num, m_gen;
@@ -55,6 +56,7 @@ public:
     ivObjScope(ivIOControl* control, const pdfObject* record, const pdfDocument& doc, const char* text)
         : ivScope(control), m_record(record), m_doc(doc), m_text(text) {}
     std::string GetText() const override;
+    bool NamedObject(std::uint32_t& num, std::uint32_t& gen) const override;
 
 private:
     const pdfObject* m_record;

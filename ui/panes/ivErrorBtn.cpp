@@ -30,9 +30,18 @@ ivErrorBtn::ivErrorBtn(const ivIOControl& control, QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_tree);
-    connect(m_tree, &QTreeView::activated, this,
-            [this](const QModelIndex& index) { Q_EMIT Chosen(index.data().toString()); });
+    connect(m_tree, &QTreeView::activated, this, &ivErrorBtn::Choose);
     connect(m_tree, &QTreeView::expanded, this, [this] { updateGeometry(); });
+}
+
+void ivErrorBtn::Choose(const QModelIndex& index) {
+    Q_EMIT Chosen(index.data().toString());
+    for (QModelIndex at = index; at.isValid(); at = at.parent()) {
+        if (const ivMessageNode* node = m_model->NodeOf(at); node && node->namesObject) {
+            Q_EMIT ObjectChosen(node->objectNum, node->objectGen);
+            return;
+        }
+    }
 }
 
 QSize ivErrorBtn::DropDownSize(QSize content) {

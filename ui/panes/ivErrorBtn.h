@@ -24,9 +24,12 @@ public:
 Q_SIGNALS:
     // A message or scope was chosen (clicked or Enter); the text is the one shown.
     void Chosen(const QString& text);
+    // The chosen item lies in the scope of an indirect object (the innermost such scope).
+    void ObjectChosen(unsigned num, unsigned gen);
 
 private:
     QSize ContentSize() const;
+    void Choose(const QModelIndex& index);
 
     QTreeView* m_tree;
     ivMessageModel* m_model;

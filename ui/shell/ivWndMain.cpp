@@ -24,6 +24,7 @@
 
 #include "pdf/analysis/ivPdf.h"
 #include "pdf/analysis/ivSessionTexts.h"
+#include "pdf/object/pdfObjectAccess.h"
 #include "pdf/object/pdfRoleCodes.h"
 #include "ui/panes/ivBaseTreeFrame.h"
 #include "ui/panes/ivErrorBtn.h"
@@ -95,14 +96,8 @@ void ivWndMain::BuildPanes() {
          {static_cast<ivBaseTreeFrame*>(m_xref), m_left[0], m_left[1], m_left[2], m_left[3]}) {
         ivObjTree* tree = frame->Tree();
         connect(tree, &ivObjTree::ShowRequested, this, &ivWndMain::ShowObject);
-        connect(tree, &ivObjTree::LocateRequested, this, [this](unsigned num, unsigned gen) {
-            ActivateFrame(m_xref, m_xref->Tree());
-            m_xref->Locate(num, gen);
-        });
-        connect(tree, &ivObjTree::FilterRequested, this, [this](const QString& text) {
-            ActivateFrame(m_xref, m_xref->Tree());
-            m_xref->Filter(text);
-        });
+        connect(tree, &ivObjTree::LocateRequested, this, &ivWndMain::Locate);
+        connect(tree, &ivObjTree::FilterRequested, this, &ivWndMain::FilterXref);
     }
     setDockNestingEnabled(false);
     setTabPosition(Qt::LeftDockWidgetArea, QTabWidget::North);
@@ -120,17 +115,15 @@ void ivWndMain::BuildPanes() {
     m_centre->setObjectName("centre");
     m_centre->setDocumentMode(true);
     m_centre->setTabsClosable(true);
-    m_sharedView = new ivWndDockView;
+    m_sharedView = MakeView(true);
     m_centre->addTab(m_sharedView, "View");
     // The shared view is never closed.
     m_centre->tabBar()->setTabButton(0, QTabBar::RightSide, nullptr);
     m_centre->tabBar()->setTabButton(0, QTabBar::LeftSide, nullptr);
-    connect(m_centre, &QTabWidget::tabCloseRequested, this, [this](int index) {
-        if (QWidget* view = m_centre->widget(index); view && view != m_sharedView) {
-            m_centre->removeTab(index);
-            view->deleteLater();
-        }
-    });
+    connect(m_centre, &QTabWidget::tabCloseRequested, this,
+            [this](int index) { CloseView(m_centre->widget(index)); });
+    m_centre->tabBar()->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_centre->tabBar(), &QWidget::customContextMenuRequested, this, &ivWndMain::ShowTabMenu);
     setCentralWidget(m_centre);
 }
 
@@ -193,7 +186,7 @@ void ivWndMain::OnCommand(const QString& name) {
         QDesktopServices::openUrl(QUrl(kHomePage));
     } else if (is("Help.About")) {
         CAboutDialog(this).exec();
-    } else {
+    } else if (!(m_tabMenuView && m_tabMenuView->OnTabCommand(name))) {
         PassToFocus(name);
     }
 }
@@ -264,6 +257,10 @@ void ivWndMain::FillWarnings(QMenu* menu) {
     auto* list = new ivErrorBtn(m_control);
     // Measured once as it opens; what is unfolded later scrolls inside it.
     list->setFixedSize(list->sizeHint());
+    connect(list, &ivErrorBtn::ObjectChosen, this, [this, menu](unsigned num, unsigned gen) {
+        menu->close();
+        ShowMessageObject(num, gen);
+    });
     content->setDefaultWidget(list);
     menu->addAction(content);
     menu->addSeparator();
@@ -301,6 +298,7 @@ void ivWndMain::ResetViews(const std::shared_ptr<ivPdf>& doc) {
     }
     m_sharedView->SetDocument(doc);
     m_centre->setTabText(0, "View");
+    m_centre->setTabToolTip(0, {});
 }
 
 void ivWndMain::FillPanes(const std::shared_ptr<ivPdf>& doc) {
@@ -323,15 +321,73 @@ QStringList ivWndMain::StatusTexts() const {
 void ivWndMain::ShowObject(const pdfObject* object, unsigned flags) {
     ++m_viewRequests;
     if (!object || !m_session.Document()) return;
-    ivWndDockView* view = m_sharedView;
-    if (!(flags & kSharedView)) {
-        view = new ivWndDockView;
+    if (flags & kReuseView) {
+        if (ivWndDockView* view = ViewShowing(object)) {
+            if (flags & kBringToFront) m_centre->setCurrentWidget(view);
+            return;
+        }
+    }
+    ivWndDockView* view = flags & kSharedView ? m_sharedView : nullptr;
+    if (!view) {
+        view = MakeView(false);
         view->SetDocument(m_session.Document());
         m_centre->addTab(view, "View");
     }
     view->ShowObject(object);
-    m_centre->setTabText(m_centre->indexOf(view), view->Caption());
+    const int index = m_centre->indexOf(view);
+    m_centre->setTabText(index, view->Caption());
+    m_centre->setTabToolTip(index, view->TabHint());
     if (flags & kBringToFront) m_centre->setCurrentWidget(view);
+}
+
+ivWndDockView* ivWndMain::ViewShowing(const pdfObject* object) const {
+    for (int i = 0; i < m_centre->count(); ++i)
+        if (auto* view = qobject_cast<ivWndDockView*>(m_centre->widget(i)); view && view->Object() == object)
+            return view;
+    return nullptr;
+}
+
+ivWndDockView* ivWndMain::MakeView(bool shared) {
+    auto* view = new ivWndDockView(shared);
+    connect(view, &ivWndDockView::ShowRequested, this, &ivWndMain::ShowObject);
+    connect(view, &ivWndDockView::LocateRequested, this, &ivWndMain::Locate);
+    connect(view, &ivWndDockView::FilterRequested, this, &ivWndMain::FilterXref);
+    connect(view, &ivWndDockView::CloseRequested, this, [this, view] { CloseView(view); });
+    return view;
+}
+
+void ivWndMain::CloseView(QWidget* view) {
+    const int index = m_centre->indexOf(view);
+    if (index < 0 || view == m_sharedView) return;
+    m_centre->removeTab(index);
+    view->deleteLater();
+}
+
+void ivWndMain::ShowTabMenu(const QPoint& pos) {
+    auto* view = qobject_cast<ivWndDockView*>(m_centre->widget(m_centre->tabBar()->tabAt(pos)));
+    std::unique_ptr<QMenu> menu(view ? view->BuildTabMenu(this) : nullptr);
+    if (!menu) return;
+    m_tabMenuView = view;
+    menu->exec(m_centre->tabBar()->mapToGlobal(pos));
+    m_tabMenuView = nullptr;
+    ivWndDockView::RestoreTabMenu();
+}
+
+void ivWndMain::ShowMessageObject(unsigned num, unsigned gen) {
+    const std::shared_ptr<ivPdf>& doc = m_session.Document();
+    if (!doc || gen > 0xFFFF) return;
+    if (const pdfObject* object = ResolveRef(*doc, {num, static_cast<std::uint16_t>(gen)}))
+        ShowObject(object, kReuseView | kBringToFront | kSharedView);
+}
+
+void ivWndMain::Locate(unsigned num, unsigned gen) {
+    ActivateFrame(m_xref, m_xref->Tree());
+    m_xref->Locate(num, gen);
+}
+
+void ivWndMain::FilterXref(const QString& text) {
+    ActivateFrame(m_xref, m_xref->Tree());
+    m_xref->Filter(text);
 }
 
 // ---- window events -----------------------------------------------------------------------------

@@ -73,6 +73,14 @@ private:
     void FillWarnings(QMenu* menu);
     void OpenWithDialog();
     bool PassToFocus(const QString& name);
+    ivWndDockView* MakeView(bool shared);
+    ivWndDockView* ViewShowing(const pdfObject* object) const;
+    void CloseView(QWidget* view);
+    void ShowTabMenu(const QPoint& pos);
+    void Locate(unsigned num, unsigned gen);
+    // The object a message's scope names, chosen in the warning drop-down.
+    void ShowMessageObject(unsigned num, unsigned gen);
+    void FilterXref(const QString& text);
 
     ivSettings& m_settings;
     ivCommands& m_commands;
@@ -83,6 +91,7 @@ private:
     std::vector<ivBaseTreeFrame*> m_left;  // Document Tree, Pages, Fonts, Images
     QTabWidget* m_centre = nullptr;
     ivWndDockView* m_sharedView = nullptr;
+    ivWndDockView* m_tabMenuView = nullptr;  // the view whose tab menu is open
     std::vector<QLabel*> m_status;
     QToolButton* m_warning = nullptr;
     QString m_lastFolder;  // where the File Open dialog starts

@@ -60,7 +60,8 @@ void ivWndHEXViewer::Relayout() {
     const std::uint64_t rows = (m_data.size() + m_layout.bytesPerRow - 1) / m_layout.bytesPerRow;
     // The scroller counts rows; everything that fits hides it.
     const std::uint64_t visible = std::max(1, viewport()->height() / RowHeight());
-    verticalScrollBar()->setRange(0, static_cast<int>(rows > visible ? std::min<std::uint64_t>(rows - visible, INT32_MAX) : 0));
+    verticalScrollBar()->setRange(
+        0, static_cast<int>(rows > visible ? std::min<std::uint64_t>(rows - visible, INT32_MAX) : 0));
     verticalScrollBar()->setPageStep(static_cast<int>(visible));
 }
 
@@ -92,9 +93,11 @@ void ivWndHEXViewer::paintEvent(QPaintEvent*) {
         if (y > viewport()->height()) break;
         const std::uint64_t start = (std::uint64_t(verticalScrollBar()->value()) + line) * bpr;
         if (start >= m_data.size()) break;
-        if (static_cast<std::int64_t>(start) == m_hoverRow) p.fillRect(0, y, viewport()->width(), rowHeight, hoverBack);
+        if (static_cast<std::int64_t>(start) == m_hoverRow)
+            p.fillRect(0, y, viewport()->width(), rowHeight, hoverBack);
         p.setPen(pal.color(QPalette::PlaceholderText));
-        p.drawText(0, y + ascent, QString::number(start, 16).toUpper().rightJustified(m_layout.offsetDigits, '0'));
+        p.drawText(0, y + ascent,
+                   QString::number(start, 16).toUpper().rightJustified(m_layout.offsetDigits, '0'));
         for (int c = 0; c < bpr && start + c < m_data.size(); ++c) {
             const std::uint8_t b = m_data[start + c];
             const int hx = m_layout.hexStart + c * m_layout.CellWidth() + (c / 8) * ivHexLayout::kGroupGap;
@@ -113,21 +116,26 @@ void ivWndHEXViewer::paintEvent(QPaintEvent*) {
                 p.fillRect(cx + 1, y + 2, m_layout.CharWidth() - 2, rowHeight - 4,
                            QBrush(pal.color(QPalette::Mid), Qt::Dense5Pattern));
             } else {
-                p.drawText(cx + 1, y + ascent, QString::fromStdString(ivTextToUtf8(std::string(1, static_cast<char>(b)))));
+                p.drawText(cx + 1, y + ascent,
+                           QString::fromStdString(ivTextToUtf8(std::string(1, static_cast<char>(b)))));
             }
         }
     }
     p.setPen(pal.color(QPalette::Mid));
-    p.drawLine(m_layout.hexStart - kSeparatorOffset, 0, m_layout.hexStart - kSeparatorOffset, viewport()->height());
-    p.drawLine(m_layout.charStart - kSeparatorOffset, 0, m_layout.charStart - kSeparatorOffset, viewport()->height());
+    p.drawLine(m_layout.hexStart - kSeparatorOffset, 0, m_layout.hexStart - kSeparatorOffset,
+               viewport()->height());
+    p.drawLine(m_layout.charStart - kSeparatorOffset, 0, m_layout.charStart - kSeparatorOffset,
+               viewport()->height());
 }
 
 void ivWndHEXViewer::mouseMoveEvent(QMouseEvent* event) {
     const QPoint pos = event->position().toPoint();
     const std::uint64_t row = std::uint64_t(verticalScrollBar()->value()) + pos.y() / RowHeight();
-    const std::int64_t rowStart = row * m_layout.bytesPerRow < m_data.size() ? std::int64_t(row * m_layout.bytesPerRow) : -1;
+    const std::int64_t rowStart =
+        row * m_layout.bytesPerRow < m_data.size() ? std::int64_t(row * m_layout.bytesPerRow) : -1;
     const std::optional<int> column = m_layout.ColumnAt(pos.x());
-    const int col = column && rowStart >= 0 && std::uint64_t(rowStart) + *column < m_data.size() ? *column : -1;
+    const int col =
+        column && rowStart >= 0 && std::uint64_t(rowStart) + *column < m_data.size() ? *column : -1;
     if (rowStart != m_hoverRow || col != m_hoverColumn) {
         m_hoverRow = rowStart;
         m_hoverColumn = col;

@@ -91,7 +91,9 @@ void ivWndImageViewer::UpdateScrollBars() {
 
 QPoint ivWndImageViewer::ImageOrigin() const {
     const QSize scaled = ScaledSize(), area = viewport()->size();
-    auto place = [](int image, int client, int scroll) { return image < client ? (client - image) / 2 : -scroll; };
+    auto place = [](int image, int client, int scroll) {
+        return image < client ? (client - image) / 2 : -scroll;
+    };
     return {place(scaled.width(), area.width(), horizontalScrollBar()->value()),
             place(scaled.height(), area.height(), verticalScrollBar()->value())};
 }
@@ -119,15 +121,18 @@ void ivWndImageViewer::EnsureScaleTables() {
 QImage ivWndImageViewer::RenderBand(const QRect& target) const {
     QImage out(target.size(), QImage::Format_RGB888);
     if (out.isNull()) return out;
-    const auto x0 = static_cast<std::uint32_t>(target.left()), x1 = static_cast<std::uint32_t>(target.right() + 1);
+    const auto x0 = static_cast<std::uint32_t>(target.left()),
+               x1 = static_cast<std::uint32_t>(target.right() + 1);
     const auto stride = static_cast<std::size_t>(out.bytesPerLine());
     auto render = [&](int from, int to) {
         RenderScaledRows(*m_image, *m_scaleX, *m_scaleY, static_cast<std::uint32_t>(target.top() + from),
-                         static_cast<std::uint32_t>(target.top() + to), x0, x1, out.bits() + stride * from, stride);
+                         static_cast<std::uint32_t>(target.top() + to), x0, x1, out.bits() + stride * from,
+                         stride);
     };
     const int rows = target.height();
     const unsigned processors = std::thread::hardware_concurrency();
-    const int extra = m_threaded && rows > 4 && processors > 1 ? static_cast<int>(std::min(processors, 3u)) : 0;
+    const int extra =
+        m_threaded && rows > 4 && processors > 1 ? static_cast<int>(std::min(processors, 3u)) : 0;
     const int band = (rows + extra) / (extra + 1);
     std::vector<std::thread> threads;
     for (int i = 1; i <= extra && i * band < rows; ++i)

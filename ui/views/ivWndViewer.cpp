@@ -86,7 +86,8 @@ void ivWndViewer::resizeEvent(QResizeEvent* event) {
 std::vector<ivWndViewer::Placed> ivWndViewer::PlaceLine(std::size_t line) const {
     std::vector<Placed> placed;
     const QFontMetrics fm = fontMetrics();
-    int x = kMargin + m_text.lines[line].indent * 2 * fm.horizontalAdvance(' ') - horizontalScrollBar()->value();
+    int x =
+        kMargin + m_text.lines[line].indent * 2 * fm.horizontalAdvance(' ') - horizontalScrollBar()->value();
     const int space = fm.horizontalAdvance(' ');
     for (std::size_t t : m_text.lines[line].tokens) {
         const int w = fm.horizontalAdvance(Shown(m_text.tokens[t]));
@@ -120,7 +121,8 @@ void ivWndViewer::Select(std::size_t from, std::size_t to) {
 QColor ivWndViewer::ColorOf(const ivDisplayToken& t) const {
     const bool dark = palette().color(QPalette::Base).lightness() < 128;
     if (t.kind == ivDisplayToken::Kind::Text) return palette().color(QPalette::PlaceholderText);
-    if (t.isKey || (t.isContent && (t.marks & kMarkOperator))) return dark ? QColor(0x7f, 0xb8, 0xff) : QColor(0x1a, 0x4f, 0xa8);
+    if (t.isKey || (t.isContent && (t.marks & kMarkOperator)))
+        return dark ? QColor(0x7f, 0xb8, 0xff) : QColor(0x1a, 0x4f, 0xa8);
     if (!t.record || t.kind == ivDisplayToken::Kind::Close) return palette().color(QPalette::Text);
     switch (t.record->tag) {
         case kTagIndirect:
@@ -184,7 +186,8 @@ void ivWndViewer::mousePressEvent(QMouseEvent* event) {
 
 void ivWndViewer::mouseMoveEvent(QMouseEvent* event) {
     if (event->buttons() & Qt::LeftButton) {
-        if (const std::optional<std::size_t> token = TokenAt(event->position().toPoint()); token && m_anchor) {
+        if (const std::optional<std::size_t> token = TokenAt(event->position().toPoint());
+            token && m_anchor) {
             m_cursor = token;
             viewport()->update();
         }
@@ -200,7 +203,8 @@ const pdfRef* ivWndViewer::ReferenceAt(std::optional<std::size_t> token) const {
 
 void ivWndViewer::mouseDoubleClickEvent(QMouseEvent* event) {
     if (const pdfRef* ref = ReferenceAt(TokenAt(event->position().toPoint())); ref && m_doc) {
-        if (const pdfObject* object = ResolveRef(*m_doc, ref->Id())) Q_EMIT ShowRequested(object, kReuseView | kBringToFront);
+        if (const pdfObject* object = ResolveRef(*m_doc, ref->Id()))
+            Q_EMIT ShowRequested(object, kReuseView | kBringToFront);
         return;
     }
     QAbstractScrollArea::mouseDoubleClickEvent(event);
@@ -221,7 +225,8 @@ void ivWndViewer::keyPressEvent(QKeyEvent* event) {
         const std::size_t line = m_lineOfToken[to];
         if (event->key() == Qt::Key_Right && to + 1 < m_text.tokens.size()) ++to;
         if (event->key() == Qt::Key_Left && to > 0) --to;
-        if (event->key() == Qt::Key_Down && line + 1 < m_text.lines.size() && !m_text.lines[line + 1].tokens.empty())
+        if (event->key() == Qt::Key_Down && line + 1 < m_text.lines.size() &&
+            !m_text.lines[line + 1].tokens.empty())
             to = m_text.lines[line + 1].tokens.back();
         if (event->key() == Qt::Key_Up && line > 0 && !m_text.lines[line - 1].tokens.empty())
             to = m_text.lines[line - 1].tokens.front();
@@ -256,7 +261,8 @@ void ivWndViewer::Copy(bool withHelp) const {
 }
 
 void ivWndViewer::SaveText() {
-    const QString path = QFileDialog::getSaveFileName(this, "Save As", "object.txt", "Text Files (*.txt);;All Files (*)");
+    const QString path =
+        QFileDialog::getSaveFileName(this, "Save As", "object.txt", "Text Files (*.txt);;All Files (*)");
     if (path.isEmpty()) return;
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) return;
@@ -273,7 +279,8 @@ bool ivWndViewer::OnCommand(const QString& name) {
     } else if (Is(name, "File.SaveToFile")) {
         SaveText();
     } else if (Is(name, "Object.ViewWindow") && ref && m_doc) {
-        if (const pdfObject* object = ResolveRef(*m_doc, ref->Id())) Q_EMIT ShowRequested(object, kReuseView | kBringToFront);
+        if (const pdfObject* object = ResolveRef(*m_doc, ref->Id()))
+            Q_EMIT ShowRequested(object, kReuseView | kBringToFront);
     } else if (Is(name, "Object.Locate") && ref) {
         Q_EMIT LocateRequested(ref->num, ref->gen);
     } else {
@@ -287,7 +294,8 @@ void ivWndViewer::contextMenuEvent(QContextMenuEvent* event) {
     ivCommands* commands = ivCommands::Instance();
     if (!commands) return;
     if (token && !(Selection().first <= *token && *token <= Selection().second)) Select(*token, *token);
-    std::unique_ptr<QMenu> menu(commands->BuildMenu(ReferenceAt(token) ? "Context.Indirect" : "Context.Page", this));
+    std::unique_ptr<QMenu> menu(
+        commands->BuildMenu(ReferenceAt(token) ? "Context.Indirect" : "Context.Page", this));
     if (!menu) {
         QApplication::beep();
         return;

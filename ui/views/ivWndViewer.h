@@ -70,5 +70,5 @@ private:
     std::uint8_t m_role = 0;
     std::optional<std::size_t> m_anchor, m_cursor;
     std::optional<std::size_t> m_menuToken;  // the token right-clicked
-    int m_widest = 0;  // the widest line painted so far, for the horizontal scroller
+    int m_widest = 0;                        // the widest line painted so far, for the horizontal scroller
 };

@@ -2,14 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "pdf/analysis/ImageFixture.h"
-#include "pdf/analysis/pdfImage.h"
 #include "pdf/analysis/ivXrefItems.h"
+#include "pdf/analysis/pdfImage.h"
 #include "pdf/object/pdfObjectAccess.h"
 #include "pdf/object/pdfRoleCodes.h"
 #include "platform/ivFormat.h"
-
-#include <vector>
 
 namespace {
 
@@ -20,15 +20,18 @@ TEST(ViewerTexts, MatrixDecomposition) {
     } cases[] = {
         {{0, 1, -1, 0, 10, 20},
          "\n===========================\nScaling X: 1,  Y:1\nRotation: 90\xC2\xB0\nTranslation X: 10,  Y:20"},
-        {{2, 0, 0, 3, 0, 0}, "\n===========================\nScaling X: 2,  Y:3\nRotation: 0\xC2\xB0\nTranslation X: 0,  Y:0"},
+        {{2, 0, 0, 3, 0, 0},
+         "\n===========================\nScaling X: 2,  Y:3\nRotation: 0\xC2\xB0\nTranslation X: 0,  Y:0"},
         {{-1, 0, 0, -1, 5, 6},
          "\n===========================\nScaling X: 1,  Y:1\nRotation: 180\xC2\xB0\nTranslation X: 5,  Y:6"},
         // A mirror in x is no rotation: the two angles differ by 180.
         {{-1, 0, 0, 1, 0, 0},
-         "\n===========================\nScaling X: 1,  Y:1\nSkew X: -0\xC2\xB0,  Y:180\xC2\xB0\nTranslation X: 0,  Y:0"},
+         "\n===========================\nScaling X: 1,  Y:1\nSkew X: -0\xC2\xB0,  Y:180\xC2\xB0\nTranslation "
+         "X: 0,  Y:0"},
         // A shear: the y angle first.
         {{1, 0, 1, 1, 0, 0},
-         "\n===========================\nScaling X: 1,  Y:1.41421\nSkew X: -45\xC2\xB0,  Y:0\xC2\xB0\nTranslation X: 0,  Y:0"},
+         "\n===========================\nScaling X: 1,  Y:1.41421\nSkew X: -45\xC2\xB0,  "
+         "Y:0\xC2\xB0\nTranslation X: 0,  Y:0"},
         {{1, 0, 0, 1, 0}, ""},  // five operands: nothing
     };
     for (const auto& c : cases) EXPECT_EQ(MatrixDecomposition(c.m), c.text);
@@ -113,7 +116,8 @@ TEST(ViewerTexts, ViewModes) {
     EXPECT_EQ(ViewModeOfCommand("View.mode"), std::nullopt);
     EXPECT_EQ(ViewModeOfCommand("View.HEXA"), std::nullopt);
     EXPECT_EQ(ViewModeOfCommand("Edit.HEX"), std::nullopt);
-    for (ivViewMode m : {ivViewMode::Content, ivViewMode::ObjectStream, ivViewMode::Image, ivViewMode::Hex, ivViewMode::Raw})
+    for (ivViewMode m :
+         {ivViewMode::Content, ivViewMode::ObjectStream, ivViewMode::Image, ivViewMode::Hex, ivViewMode::Raw})
         EXPECT_EQ(ViewModeOfCommand(ViewModeCommand(m)), m);
 }
 

@@ -74,7 +74,7 @@ TEST(CommandTable, ProgramTableHoldsEveryCommandAndMenu) {
     ivCommandTable t;
     std::string error;
     ASSERT_TRUE(t.Parse(ProgramTable(), &error)) << error;
-    EXPECT_EQ(t.Commands().size(), 52u);
+    EXPECT_EQ(t.Commands().size(), 53u);
     EXPECT_EQ(t.Find("file.open")->keys, std::vector<std::string>{"Ctrl+O"});
     EXPECT_EQ(t.Find("File.Reload")->keys, (std::vector<std::string>{"Ctrl+R", "F5"}));
     EXPECT_EQ(t.Find("Help.Keys")->DisplayText(), "Keyboard &Shrorcuts...");  // spelled so
@@ -86,7 +86,7 @@ TEST(CommandTable, ProgramTableHoldsEveryCommandAndMenu) {
         modes += c.group == "View.mode";
         keyed += !c.keys.empty();
     }
-    EXPECT_EQ(modes, 4);
+    EXPECT_EQ(modes, 5);  // with "Raw bytes in file"
     EXPECT_EQ(keyed, 9);
     const ivMenuDef* main = t.FindMenu("menu.main");
     ASSERT_NE(main, nullptr);
