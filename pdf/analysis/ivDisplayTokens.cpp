@@ -19,6 +19,8 @@ constexpr int kDeepest = 32;  // nesting shown; deeper values show as "..."
 class Builder {
 public:
     explicit Builder(ivViewText& out) : m_out(out) { NewLine(0); }
+    // Dictionaries stay on the line they start on, as in a content stream's operation.
+    void SetInline(bool on) { m_inline = on; }
 
     void NewLine(int indent) {
         if (!m_out.lines.empty() && m_out.lines.back().tokens.empty()) {
@@ -60,7 +62,7 @@ public:
         Add(t);
         if (dict) {
             for (const pdfPair& p : dict->Entries()) {
-                NewLine(indent + 1);
+                if (!m_inline) NewLine(indent + 1);
                 ivDisplayToken k;
                 k.record = p.key;
                 k.key = p.key;
@@ -70,7 +72,7 @@ public:
                 Add(std::move(k));
                 if (p.value) Value(p.value, indent + 1, p.key, key, depth + 1);
             }
-            NewLine(indent);
+            if (!m_inline) NewLine(indent);
         } else if (array) {
             for (const pdfObject* item : array->Elements())
                 if (item) Value(item, indent, key, outerKey, depth + 1);
@@ -84,6 +86,7 @@ public:
 
 private:
     ivViewText& m_out;
+    bool m_inline = false;
 };
 
 std::string UnescapeC(const char* text) {
@@ -168,7 +171,8 @@ void AddValueHelp(std::string& help, pugi::xml_node description, const pdfObject
         const auto bits = static_cast<std::uint32_t>(static_cast<const pdfInt*>(value)->value);
         for (pugi::xml_node b : description.children("bit")) {
             const int v = b.attribute("id").as_int();
-            if (v >= 1 && v <= 32 && (bits >> (v - 1) & 1)) help += "\n" + UnescapeC(b.attribute("help").as_string());
+            if (v >= 1 && v <= 32 && (bits >> (v - 1) & 1))
+                help += "\n" + UnescapeC(b.attribute("help").as_string());
         }
     }
 }
@@ -205,16 +209,22 @@ ivViewText ObjectViewText(const pdfObject* object) {
 ivViewText ContentViewText(const pdfContentOps& ops) {
     ivViewText out;
     Builder b(out);
+    b.SetInline(true);
     std::uint16_t running = 0;
     int depth = 0;
     ForEachOperation(ops, [&](const pdfOperation& op) {
         const std::size_t first = out.tokens.size();
         for (const pdfObject* operand : op.operands) {
-            ivDisplayToken t;
-            t.record = operand;
-            t.isContent = true;
-            t.marks = static_cast<std::uint16_t>(running | kMarkOperand);
-            b.Add(std::move(t));
+            // An array or dictionary operand brings its items along, all of them operands.
+            const std::size_t from = out.tokens.size();
+            b.Value(operand, 0, nullptr, nullptr, 0);
+            for (std::size_t i = from; i < out.tokens.size(); ++i) {
+                ivDisplayToken& t = out.tokens[i];
+                t.isContent = true;
+                t.isKey = false;
+                t.key = t.outerKey = nullptr;
+                t.marks = static_cast<std::uint16_t>(running | kMarkOperand);
+            }
         }
         if (op.op) {
             ivDisplayToken t;
@@ -233,7 +243,8 @@ ivViewText ContentViewText(const pdfContentOps& ops) {
             }
             b.Add(std::move(t));
         }
-        for (std::size_t i = first; i < out.tokens.size(); ++i) out.tokens[i].operation = static_cast<int>(first);
+        for (std::size_t i = first; i < out.tokens.size(); ++i)
+            out.tokens[i].operation = static_cast<int>(first);
         b.NewLine(0);
     });
     if (depth != 0) out.status = "Push/Pop context are not match";
@@ -253,7 +264,8 @@ ivViewText ObjectStreamViewText(ivPdf& doc, const pdfStream& stream) {
             b.Value(object, 0, nullptr, nullptr, 0);
             b.NewLine(0);
         }
-        b.Text(entry ? ivFormat("%u bytes", entry->length == kUnknownLength ? 0u : entry->length) : "--end", 0);
+        b.Text(entry ? ivFormat("%u bytes", entry->length == kUnknownLength ? 0u : entry->length) : "--end",
+               0);
     }
     return out;
 }

@@ -79,6 +79,7 @@ ivWndDockView::ivWndDockView(bool shared, QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_splitter);
+    m_modePart->hide();
     HideModePart();
 }
 
@@ -216,6 +217,7 @@ void ivWndDockView::ShowModePart(bool enableDropDown) {
     m_objectViewer->setMinimumHeight(kMinTextHeight);
     m_objectViewer->setMaximumHeight(kMaxTextHeight);
     m_modePart->show();
+    m_splitter->refresh();  // take the shown part in now, so the position set next holds
     SetSplitterPosition(m_splitterPosition);
 }
 

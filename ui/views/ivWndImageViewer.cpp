@@ -156,7 +156,7 @@ void ivWndImageViewer::paintEvent(QPaintEvent* event) {
 void ivWndImageViewer::mousePressEvent(QMouseEvent* event) {
     setFocus(Qt::MouseFocusReason);
     m_lastDrag = event->position().toPoint();
-    QAbstractScrollArea::mousePressEvent(event);
+    event->accept();
 }
 
 void ivWndImageViewer::mouseMoveEvent(QMouseEvent* event) {

@@ -43,7 +43,8 @@ std::size_t TokenIndex(const ivViewText& v, const std::string& text, int occurre
 class Help : public ::testing::Test {
 protected:
     void SetUp() override {
-        m_file = std::filesystem::temp_directory_path() / ("vantrel-help-" + std::to_string(::getpid()) + ".xml");
+        m_file =
+            std::filesystem::temp_directory_path() / ("vantrel-help-" + std::to_string(::getpid()) + ".xml");
         std::ofstream(m_file) << R"(<?xml version="1.0"?>
 <pdf>
   <operators>
@@ -51,6 +52,7 @@ protected:
       <i id="cm" args="matrix" help="Concatenates a matrix.\nTo the CTM."/>
       <i id="q" help="Saves the state."/>
     </category>
+    <i id="TJ" help="Shows text."/>
   </operators>
   <catalog>
     <category name="Catalog">
@@ -82,12 +84,13 @@ protected:
 };
 
 TEST_F(Help, ObjectLinesAndStrings) {
-    const auto items = Parse(*m_doc, "<< /Type /Catalog /Kids [1 0 R (a)b) (ab)] /Sub << /N 5 >> /S (a\\)b) >>", false);
+    const auto items =
+        Parse(*m_doc, "<< /Type /Catalog /Kids [1 0 R (a)b) (ab)] /Sub << /N 5 >> /S (a\\)b) >>", false);
     ASSERT_EQ(items.size(), 1u);
     const ivViewText v = ObjectViewText(items[0]);
     // "(a)b)" is the string "(a)" and the keyword "b)": the first parenthesis ends a string.
-    EXPECT_EQ(Lines(v), (Strings{"<<", "  /Type /Catalog", "  /Kids [ 1 0 R (a) b) (ab) ]", "  /Sub <<", "    /N 5",
-                                 "  >>", "  /S (a/051b)", ">>"}));
+    EXPECT_EQ(Lines(v), (Strings{"<<", "  /Type /Catalog", "  /Kids [ 1 0 R (a) b) (ab) ]", "  /Sub <<",
+                                 "    /N 5", "  >>", "  /S (a/051b)", ">>"}));
     const std::size_t type = TokenIndex(v, "/Type");
     EXPECT_TRUE(v.tokens[type].isKey);
     EXPECT_EQ(v.tokens[type].marks, kMarkOperator);
@@ -106,6 +109,17 @@ TEST_F(Help, ContentMarksAndBalance) {
     EXPECT_EQ(ContentViewText(Parse(*m_doc, "q Q", true)).status, "");
 }
 
+// Array and dictionary operands show their items on the operation's line, and every item
+// explains the operator.
+TEST_F(Help, ContentOperandsWithItems) {
+    const ivViewText v = ContentViewText(Parse(*m_doc, "[(a) -20 (b)] TJ /P << /MCID 3 >> BDC", true));
+    EXPECT_EQ(Lines(v), (Strings{"[ (a) -20 (b) ] TJ", "/P << /MCID 3 >> BDC", ""}));
+    EXPECT_EQ(v.tokens[TokenIndex(v, "(b)")].marks, kMarkOperand);
+    EXPECT_EQ(v.tokens[TokenIndex(v, "/MCID")].marks, kMarkOperand);
+    EXPECT_FALSE(v.tokens[TokenIndex(v, "/MCID")].isKey);
+    EXPECT_EQ(TokenHelp(*m_info, v, TokenIndex(v, "(b)"), kRolePage), "TJ\nShows text.");
+}
+
 TEST_F(Help, OperatorsAndMatrices) {
     const ivViewText v = ContentViewText(Parse(*m_doc, "0 1 -1 0 10 20 cm 2 0 0 3 0 0 cm 1 2 cm", true));
     const std::string rotation = TokenHelp(*m_info, v, TokenIndex(v, "cm"), kRolePage);
@@ -114,30 +128,36 @@ TEST_F(Help, OperatorsAndMatrices) {
               "Rotation: 90\xC2\xB0\nTranslation X: 10,  Y:20\n---Special Graphics State");
     // An operand explains its operator.
     EXPECT_EQ(TokenHelp(*m_info, v, TokenIndex(v, "-1"), kRolePage), rotation);
-    EXPECT_NE(TokenHelp(*m_info, v, TokenIndex(v, "cm", 1), kRolePage).find("Scaling X: 2,  Y:3\nRotation: 0\xC2\xB0"),
+    EXPECT_NE(TokenHelp(*m_info, v, TokenIndex(v, "cm", 1), kRolePage)
+                  .find("Scaling X: 2,  Y:3\nRotation: 0\xC2\xB0"),
               std::string::npos);
     // Two operands: no decomposition.
     EXPECT_EQ(TokenHelp(*m_info, v, TokenIndex(v, "cm", 2), kRolePage).find("Scaling"), std::string::npos);
 }
 
 TEST_F(Help, KeysNestedKeysEnumsAndBits) {
-    const auto catalog = Parse(*m_doc, "<< /ViewerPreferences << /HideToolbar true /Direction /R2L >> >>", false);
+    const auto catalog =
+        Parse(*m_doc, "<< /ViewerPreferences << /HideToolbar true /Direction /R2L >> >>", false);
     const ivViewText c = ObjectViewText(catalog[0]);
     EXPECT_EQ(TokenHelp(*m_info, c, TokenIndex(c, "/ViewerPreferences"), kRoleCatalog),
               "ViewerPreferences\nHow to show the document.\n---Catalog");
-    EXPECT_EQ(TokenHelp(*m_info, c, TokenIndex(c, "/HideToolbar"), kRoleCatalog), "HideToolbar\nHides the tool bars.");
-    EXPECT_EQ(TokenHelp(*m_info, c, TokenIndex(c, "/R2L"), kRoleCatalog), "Direction\nReading order.\nRight to left.");
+    EXPECT_EQ(TokenHelp(*m_info, c, TokenIndex(c, "/HideToolbar"), kRoleCatalog),
+              "HideToolbar\nHides the tool bars.");
+    EXPECT_EQ(TokenHelp(*m_info, c, TokenIndex(c, "/R2L"), kRoleCatalog),
+              "Direction\nReading order.\nRight to left.");
 
     // A page's resources are looked up in the resources' section.
     const auto page = Parse(*m_doc, "<< /Rotate 90 /Resources << /Font << /F1 5 0 R >> >> >>", false);
     const ivViewText p = ObjectViewText(page[0]);
-    EXPECT_EQ(TokenHelp(*m_info, p, TokenIndex(p, "90"), kRolePage), "Rotate\nQuarter turns.\nA quarter turn.");
+    EXPECT_EQ(TokenHelp(*m_info, p, TokenIndex(p, "90"), kRolePage),
+              "Rotate\nQuarter turns.\nA quarter turn.");
     EXPECT_EQ(TokenHelp(*m_info, p, TokenIndex(p, "/Font"), kRolePage), "Font\nFonts by name.");
     EXPECT_EQ(TokenHelp(*m_info, p, TokenIndex(p, "/F1"), kRolePage), "");  // Font.F1 is nothing known
 
     const auto font = Parse(*m_doc, "<< /Flags 5 >>", false);
     const ivViewText f = ObjectViewText(font[0]);
-    EXPECT_EQ(TokenHelp(*m_info, f, TokenIndex(f, "5"), kRoleFont), "Flags\nFont flags.\nFixed pitch.\nSymbolic.");
+    EXPECT_EQ(TokenHelp(*m_info, f, TokenIndex(f, "5"), kRoleFont),
+              "Flags\nFont flags.\nFixed pitch.\nSymbolic.");
 }
 
 TEST(DisplayTokens, AnnotationRolesFollowTheirSubtype) {

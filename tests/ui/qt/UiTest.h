@@ -13,8 +13,13 @@ bool RegisterUiTest(UiTestFactory factory);
 #define VANTREL_UI_TEST(Class) \
     static const bool Class##Registered = RegisterUiTest([] { return std::make_unique<Class>(); })
 
+class ivIOControl;
+class ivPdf;
+
 // A file of tests/data.
 QString TestFile(const QString& name);
+// A file of tests/data, opened and analysed, reporting to `control`.
+std::shared_ptr<ivPdf> OpenedTestFile(const char* name, ivIOControl& control);
 
 // Settings of a test's own, in a folder that goes away with it; installed as the program's
 // settings for as long as it lives.

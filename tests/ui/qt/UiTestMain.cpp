@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "UiTest.h"
+#include "pdf/analysis/ivPdf.h"
+#include "platform/ivFileStream.h"
 #include "ui/shell/ivCommands.h"
 
 namespace {
@@ -23,6 +25,14 @@ bool RegisterUiTest(UiTestFactory factory) {
 
 QString TestFile(const QString& name) {
     return QString(VANTREL_TEST_DATA) + "/" + name;
+}
+
+std::shared_ptr<ivPdf> OpenedTestFile(const char* name, ivIOControl& control) {
+    const QString path = TestFile(name);
+    auto doc = std::make_shared<ivPdf>(ivFileStream::Open(path.toStdString()), path.toStdString(), &control);
+    doc->Open();
+    doc->Analyse();
+    return doc;
 }
 
 ScratchSettings::ScratchSettings()

@@ -9,7 +9,6 @@
 #include "UiTest.h"
 #include "pdf/analysis/ivPdf.h"
 #include "pdf/object/pdfRoleCodes.h"
-#include "platform/ivFileStream.h"
 #include "ui/panes/ivObjTree.h"
 #include "ui/panes/ivObjectTreeModel.h"
 #include "ui/panes/ivTreeFrames.h"
@@ -18,14 +17,6 @@
 namespace {
 
 using Kind = ivObjectTreeModel::Kind;
-
-std::shared_ptr<ivPdf> Opened(const char* name, ivIOControl& control) {
-    const QString path = TestFile(name);
-    auto doc = std::make_shared<ivPdf>(ivFileStream::Open(path.toStdString()), path.toStdString(), &control);
-    doc->Open();
-    doc->Analyse();
-    return doc;
-}
 
 // Unfolds `index` as the view would: it counts the children, which makes them.
 void Unfold(ivObjectTreeModel& model, const QModelIndex& index) {
@@ -47,7 +38,7 @@ private Q_SLOTS:
         ivIOControl control;
         ivObjectTreeModel model;
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        model.ShowCatalog(Opened("classic-good.pdf", control));
+        model.ShowCatalog(OpenedTestFile("classic-good.pdf", control));
         QCOMPARE(Texts(model), QStringList{"[1 0 R] Catalog  (Catalog)"});
         const QModelIndex root = model.index(0, 0);
         QVERIFY(model.hasChildren(root));
@@ -63,7 +54,7 @@ private Q_SLOTS:
 
     void pagesAndRoleListsAreRowsOfTheDocumentsLists() {
         ivIOControl control;
-        auto doc = Opened("role-fonts.pdf", control);
+        auto doc = OpenedTestFile("role-fonts.pdf", control);
         ivObjectTreeModel pages, fonts;
         QAbstractItemModelTester pagesTester(&pages, QAbstractItemModelTester::FailureReportingMode::QtTest);
         QAbstractItemModelTester fontsTester(&fonts, QAbstractItemModelTester::FailureReportingMode::QtTest);
@@ -84,7 +75,7 @@ private Q_SLOTS:
 
     void sectionsTrailersAndFilters() {
         ivIOControl control;
-        auto doc = Opened("qpdf-incremental.pdf", control);
+        auto doc = OpenedTestFile("qpdf-incremental.pdf", control);
         ivObjectTreeModel model;
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
         model.ShowSections(doc);
@@ -121,7 +112,7 @@ private Q_SLOTS:
         ivIOControl control;
         ivObjectTreeModel model;
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        model.ShowSections(Opened("info-missing-object.pdf", control));
+        model.ShowSections(OpenedTestFile("info-missing-object.pdf", control));
         const QModelIndex trailer = model.index(0, 0, model.index(0, 0));
         Unfold(model, trailer);
         // Info names an object that is not there: the trailer leaves it out.
@@ -131,7 +122,7 @@ private Q_SLOTS:
     void xrefFrameFiltersCountsAndLocates() {
         ivIOControl control;
         ivXREFFrame frame;
-        frame.SetDocument(Opened("role-fonts.pdf", control));
+        frame.SetDocument(OpenedTestFile("role-fonts.pdf", control));
         frame.Filter("font");
         QVERIFY(frame.Model()->Filtered());
         QCOMPARE(frame.SearchBox()->text(), QString("font"));
@@ -157,15 +148,14 @@ private Q_SLOTS:
     void choosingAndCopying() {
         ivIOControl control;
         ivTreeFrame frame;
-        frame.SetDocument(Opened("classic-good.pdf", control));
+        frame.SetDocument(OpenedTestFile("classic-good.pdf", control));
         ivObjTree* tree = frame.Tree();
         QSignalSpy shown(tree, &ivObjTree::ShowRequested);
         const QModelIndex root = frame.Model()->index(0, 0);
         QVERIFY(tree->isExpanded(root));  // the root unfolds at once
         Q_EMIT tree->activated(root);
         QCOMPARE(shown.count(), 1);
-        QCOMPARE(shown.front()[1].toUInt(),
-                 kReuseView | kBringToFront | kSharedView);
+        QCOMPARE(shown.front()[1].toUInt(), kReuseView | kBringToFront | kSharedView);
         tree->setCurrentIndex(root);
         tree->CopyItem(root, false);
         QCOMPARE(QApplication::clipboard()->text(), QString("[1 0 R] Catalog  (Catalog)"));
