@@ -30,6 +30,11 @@ QString Shown(const ivDisplayToken& t) {
     return QString::fromStdString(DisplayTokenText(t));
 }
 
+// Help texts run long: as rich text the tooltip wraps them, keeping their line breaks.
+QString AsWrappingTip(const QString& text) {
+    return "<p style='white-space:pre-wrap'>" + text.toHtmlEscaped() + "</p>";
+}
+
 }  // namespace
 
 ivWndViewer::ivWndViewer(QWidget* parent) : QAbstractScrollArea(parent) {
@@ -313,6 +318,6 @@ bool ivWndViewer::viewportEvent(QEvent* event) {
     if (text.isEmpty())
         QToolTip::hideText();
     else
-        QToolTip::showText(help->globalPos(), text, viewport());
+        QToolTip::showText(help->globalPos(), AsWrappingTip(text), viewport());
     return true;
 }
