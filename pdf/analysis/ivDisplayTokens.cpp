@@ -14,6 +14,7 @@
 namespace {
 
 constexpr int kDeepest = 32;  // nesting shown; deeper values show as "..."
+constexpr std::size_t kArrayItemsPerLine = 64;
 
 // Lays out tokens into lines as they are added.
 class Builder {
@@ -74,8 +75,16 @@ public:
             }
             if (!m_inline) NewLine(indent);
         } else if (array) {
-            for (const pdfObject* item : array->Elements())
-                if (item) Value(item, indent, key, outerKey, depth + 1);
+            // A long array goes on over further lines, so that no line grows without bound.
+            std::size_t onLine = 0;
+            for (const pdfObject* item : array->Elements()) {
+                if (!item) continue;
+                if (onLine++ == kArrayItemsPerLine) {
+                    NewLine(indent + 1);
+                    onLine = 1;
+                }
+                Value(item, indent, key, outerKey, depth + 1);
+            }
         } else {
             return;
         }

@@ -120,6 +120,18 @@ TEST_F(Help, ContentOperandsWithItems) {
     EXPECT_EQ(TokenHelp(*m_info, v, TokenIndex(v, "(b)"), kRolePage), "TJ\nShows text.");
 }
 
+// A long array is laid out over several lines of at most 64 items.
+TEST_F(Help, LongArraysWrap) {
+    std::string text = "<< /W [";
+    for (int i = 0; i < 130; ++i) text += " " + std::to_string(i);
+    const ivViewText v = ObjectViewText(Parse(*m_doc, text + " ] >>", false).front());
+    const Strings lines = Lines(v);
+    ASSERT_EQ(lines.size(), 5u);
+    EXPECT_EQ(lines[1].substr(0, 10), "  /W [ 0 1");
+    EXPECT_EQ(lines[2].substr(0, 9), "    64 65");
+    EXPECT_EQ(lines[3], "    128 129 ]");
+}
+
 TEST_F(Help, OperatorsAndMatrices) {
     const ivViewText v = ContentViewText(Parse(*m_doc, "0 1 -1 0 10 20 cm 2 0 0 3 0 0 cm 1 2 cm", true));
     const std::string rotation = TokenHelp(*m_info, v, TokenIndex(v, "cm"), kRolePage);
