@@ -165,11 +165,15 @@ namespace {
 
 struct ModeName {
     ivViewMode mode;
-    std::string_view name;
+    std::string_view name;  // in the mode's command
+    std::string_view text;  // in the mode drop-down
 };
-constexpr ModeName kModeNames[] = {
-    {ivViewMode::Object, "OBJ"}, {ivViewMode::Content, "Content"}, {ivViewMode::ObjectStream, "OBJSTREAM"},
-    {ivViewMode::Image, "IMG"},  {ivViewMode::Hex, "HEX"},         {ivViewMode::Raw, "RAW"}};
+constexpr ModeName kModeNames[] = {{ivViewMode::Object, "OBJ", "Object"},
+                                   {ivViewMode::Content, "Content", "Contents"},
+                                   {ivViewMode::ObjectStream, "OBJSTREAM", "Stream Of Objects"},
+                                   {ivViewMode::Image, "IMG", "Image"},
+                                   {ivViewMode::Hex, "HEX", "HEX"},
+                                   {ivViewMode::Raw, "RAW", "Raw bytes in file"}};
 constexpr std::string_view kModeCommands[] = {"",         "view.OBJ", "View.Content", "View.OBJSTREAM",
                                               "View.IMG", "View.HEX", "View.RAW"};
 
@@ -181,6 +185,12 @@ bool StartsWithNoCase(std::string_view s, std::string_view prefix) {
 
 std::string_view ViewModeCommand(ivViewMode mode) {
     return kModeCommands[static_cast<int>(mode)];
+}
+
+std::string_view ViewModeText(ivViewMode mode) {
+    for (const ModeName& m : kModeNames)
+        if (m.mode == mode) return m.text;
+    return {};
 }
 
 std::optional<ivViewMode> ViewModeOfCommand(std::string_view command) {

@@ -65,6 +65,8 @@ enum class ivViewMode : int {
 ivViewMode InitialViewMode(std::uint8_t role);
 // "View.HEX", "View.IMG", … for a mode that has a command; empty for None.
 std::string_view ViewModeCommand(ivViewMode mode);
+// The name a mode goes by in the mode drop-down: "HEX", "Image", "Stream Of Objects", …
+std::string_view ViewModeText(ivViewMode mode);
 // The mode a command names: "View.HEX", "view.HEX" or "View.mode.HEX" (any case), and
 // "view.OBJ"; none for another command.
 std::optional<ivViewMode> ViewModeOfCommand(std::string_view command);

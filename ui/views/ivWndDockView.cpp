@@ -38,23 +38,10 @@ constexpr ivViewMode kOfferedModes[] = {ivViewMode::Hex, ivViewMode::Image, ivVi
 
 // The drop-down text of a mode: the command table's, or the built-in one without a table.
 QString ModeText(ivViewMode mode) {
-    const std::string_view command = ViewModeCommand(mode);
     if (ivCommands* commands = ivCommands::Instance())
-        if (QAction* action = commands->Action(command)) return action->text();
-    switch (mode) {
-        case ivViewMode::Hex:
-            return "HEX";
-        case ivViewMode::Image:
-            return "Image";
-        case ivViewMode::ObjectStream:
-            return "Stream Of Objects";
-        case ivViewMode::Content:
-            return "Contents";
-        case ivViewMode::Raw:
-            return "Raw bytes in file";
-        default:
-            return {};
-    }
+        if (QAction* action = commands->Action(ViewModeCommand(mode))) return action->text();
+    const std::string_view text = ViewModeText(mode);
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
 QIcon CommandIcon(std::string_view name) {

@@ -119,6 +119,8 @@ TEST(ViewerTexts, ViewModes) {
     for (ivViewMode m :
          {ivViewMode::Content, ivViewMode::ObjectStream, ivViewMode::Image, ivViewMode::Hex, ivViewMode::Raw})
         EXPECT_EQ(ViewModeOfCommand(ViewModeCommand(m)), m);
+    EXPECT_EQ(ViewModeText(ivViewMode::ObjectStream), "Stream Of Objects");
+    EXPECT_EQ(ViewModeText(ivViewMode::Raw), "Raw bytes in file");
 }
 
 TEST(ViewerTexts, LengthAndRawBytesTexts) {
