@@ -30,9 +30,13 @@ bool SaveImageWithDialog(QWidget* parent, const ivImage2d& image, const QString&
                                                 suggestedName + "." + Text(formats.front()->extension),
                                                 filters.join(";;"), &chosen);
     if (path.isEmpty()) return false;
-    const auto index = static_cast<std::size_t>(std::max<qsizetype>(0, filters.indexOf(chosen)));
+    auto index = static_cast<std::size_t>(std::max<qsizetype>(0, filters.indexOf(chosen)));
+    // A typed extension that names a format wins over the filter chosen.
+    const QString suffix = QFileInfo(path).suffix();
+    for (std::size_t i = 0; i < formats.size(); ++i)
+        if (suffix.compare(Text(formats[i]->extension), Qt::CaseInsensitive) == 0) index = i;
     const ivCodecInfo& format = *formats[index];
-    if (QFileInfo(path).suffix().isEmpty()) path += "." + Text(format.extension);
+    if (suffix.isEmpty()) path += "." + Text(format.extension);
     auto exporter = CreateInterface<ivImageExporter>(format.id);
     if (!exporter) return false;
     auto file = ivFileWriter::Create(std::filesystem::path(path.toStdU16String()));
