@@ -362,6 +362,9 @@ void ivWndDockView::LoadRaw() {
 }
 
 bool ivWndDockView::OnCommand(const QString& name) {
+    // Zoom commands go to the image, wherever the focus is in the view.
+    if (name.startsWith("zoom.", Qt::CaseInsensitive))
+        if (auto* image = qobject_cast<ivWndImageViewer*>(m_modeView)) return image->OnCommand(name);
     const std::optional<ivViewMode> mode = ViewModeOfCommand(name.toStdString());
     if (!mode) return false;
     if (!m_doc || !m_object || m_pageContents) return true;  // a page shows its contents only

@@ -59,6 +59,8 @@ private Q_SLOTS:
         QVERIFY(view.ModeDropDownEnabled());
         QCOMPARE(view.InfoText(), QString("4 x 2 pixels, 8-bit grey"));
         QVERIFY(qobject_cast<ivWndImageViewer*>(view.ModeView())->Image());
+        QVERIFY(view.OnCommand("zoom.200"));
+        QCOMPARE(qobject_cast<ivWndImageViewer*>(view.ModeView())->Zoom(), 2.0f);
 
         view.ShowObject(Object(*m_doc, 3));  // a page shows its contents only
         QCOMPARE(view.Mode(), ivViewMode::Content);
