@@ -188,7 +188,10 @@ bool ivWndDockView::ZoomButtonsShown() const {
 }
 
 int ivWndDockView::SplitterPosition() const {
-    return ModePartShown() ? m_splitter->sizes().value(0, m_splitterPosition) : m_splitterPosition;
+    // A splitter that has not been laid out yet holds no position of its own.
+    if (!ModePartShown() || !m_splitter->isVisible()) return m_splitterPosition;
+    const int shown = m_splitter->sizes().value(0);
+    return shown >= kMinTextHeight ? shown : m_splitterPosition;
 }
 
 void ivWndDockView::SetSplitterPosition(int position) {
