@@ -153,7 +153,7 @@ void ivWndDockView::ShowObject(const pdfObject* object) {
         return;
     }
     m_objectViewer->SetText(m_doc, ObjectViewText(m_object), HelpRoleOf(m_object, EntryRole()));
-    m_pageContents = false;
+    m_pageOps.reset();
     const XrefEntry* entry = FindEntryByRecord(*m_doc, m_object);
     std::shared_ptr<const pdfContentOps> ops;
     if (AsStream(m_object) && entry) {
@@ -161,8 +161,8 @@ void ivWndDockView::ShowObject(const pdfObject* object) {
         m_mode = ivViewMode::None;
         SetMode(InitialViewMode(entry->role));
     } else if (TypeNameOf(m_object) == "Page" && !AsStream(m_object) &&
-               Succeeded(ReadPageContents(*m_doc, m_object, ops))) {
-        m_pageContents = true;
+               Succeeded(ReadPageContents(*m_doc, m_object, ops)) && ops) {
+        m_pageOps = std::move(ops);  // read once: reading again would report its messages again
         ShowModePart(false);
         m_mode = ivViewMode::None;
         SetMode(ivViewMode::Content);
@@ -218,7 +218,7 @@ void ivWndDockView::HideModePart() {
     m_objectViewer->setMinimumHeight(0);
     m_objectViewer->setMaximumHeight(QWIDGETSIZE_MAX);
     m_mode = ivViewMode::None;
-    m_pageContents = false;
+    m_pageOps.reset();
     SetInfo({});
 }
 
@@ -302,14 +302,11 @@ void ivWndDockView::Reload() {
 
 void ivWndDockView::LoadContent() {
     auto* viewer = static_cast<ivWndViewer*>(m_modeView);
-    std::shared_ptr<const pdfContentOps> ops;
-    if (m_pageContents) {
-        if (Succeeded(ReadPageContents(*m_doc, m_object, ops)) && ops)
-            viewer->SetText(m_doc, ContentViewText(*ops), kRolePageStream);
-        else
-            viewer->Clear();
+    if (m_pageOps) {
+        viewer->SetText(m_doc, ContentViewText(*m_pageOps), kRolePageStream);
         return;
     }
+    std::shared_ptr<const pdfContentOps> ops;
     const pdfObject* stream = ModeObject();
     if (!AsStream(stream)) {
         Report(*m_doc, "Not a stream");
@@ -370,7 +367,7 @@ bool ivWndDockView::OnCommand(const QString& name) {
         if (auto* image = qobject_cast<ivWndImageViewer*>(m_modeView)) return image->OnCommand(name);
     const std::optional<ivViewMode> mode = ViewModeOfCommand(name.toStdString());
     if (!mode) return false;
-    if (!m_doc || !m_object || m_pageContents) return true;  // a page shows its contents only
+    if (!m_doc || !m_object || m_pageOps) return true;  // a page shows its contents only
     if (*mode == ivViewMode::Raw && !FindEntryByRecord(*m_doc, m_object)) return true;
     if (!ModePartShown()) {
         if (*mode != ivViewMode::Raw) return true;
@@ -388,7 +385,7 @@ QMenu* ivWndDockView::BuildTabMenu(QWidget* parent) {
     const ivObjectMenu trim = ObjectMenuFor(*m_doc, m_object);
     TrimObjectMenu(*menu, *commands, trim);
     if (!Closable()) menu->removeAction(commands->Action("edit.close"));
-    if (!trim.entry || m_pageContents) menu->removeAction(commands->Action("View.RAW"));
+    if (!trim.entry || m_pageOps) menu->removeAction(commands->Action("View.RAW"));
     return menu;
 }
 

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "pdf/analysis/ivViewerTexts.h"
+#include "pdf/analysis/pdfContents.h"
 #include "ui/shell/ivCommandTarget.h"
 
 class QAction;
@@ -91,7 +92,8 @@ private:
     std::shared_ptr<ivPdf> m_doc;
     const pdfObject* m_object = nullptr;  // not owned; lives in m_doc
     bool m_shared;
-    bool m_pageContents = false;  // a page dictionary: its contents are shown
+    // A page dictionary's contents, while the view shows them (a page shows nothing else).
+    std::shared_ptr<const pdfContentOps> m_pageOps;
     ivViewMode m_mode = ivViewMode::None;
     int m_splitterPosition = 160;
 

@@ -193,6 +193,9 @@ void ivWndImageViewer::contextMenuEvent(QContextMenuEvent* event) {
 }
 
 QImage ivWndImageViewer::ToQImage(const ivImage2d& image) {
+    // A packed bitmap may take up to 24 times its own size as colour: refuse what would not
+    // fit in the most a bitmap may take.
+    if (std::uint64_t(image.Width()) * image.Height() * 3 > ivImage2d::kMaxBytes) return {};
     QImage out(static_cast<int>(image.Width()), static_cast<int>(image.Height()), QImage::Format_RGB888);
     if (out.isNull()) return out;
     for (std::uint32_t y = 0; y < image.Height(); ++y) RowToRgb(image, y, out.scanLine(static_cast<int>(y)));
